@@ -1,0 +1,218 @@
+#include "JSONDocument.h"
+
+#include "DecodingError.h"
+#include "JSONDecoder.h"
+#include "JSONValue.h"
+
+#include <simdjson.h>
+
+
+namespace tidemark {
+
+namespace {
+
+constexpr int deepestNesting = 256;
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+/// Reads a text into values by simdjson's On-Demand interface, which leaves numbers as they are written.
+/// It skips over what nobody asks for unchecked; so everything is asked for here.
+class Reader {
+public:
+    explicit Reader(std::pmr::memory_resource& memory)
+        : m_memory(&memory)
+    {
+    }
+
+    JSONValue read(simdjson::ondemand::document& document)
+    {
+        JSONValue root = readRoot(document);
+        const char* rest = nullptr;
+        if (document.current_location().get(rest) == simdjson::SUCCESS)
+            throw simdjson::simdjson_error(simdjson::TRAILING_CONTENT);
+        return root;
+    }
+
+private:
+    JSONValue readRoot(simdjson::ondemand::document& document)
+    {
+        bool isScalar = false;
+        if (const auto error = document.is_scalar().get(isScalar))
+            throw simdjson::simdjson_error(error);
+        if (isScalar)
+            return readRootScalar(document);
+        return readValue(document.get_value(), 1);
+    }
+
+    static JSONValue readRootScalar(simdjson::ondemand::document& document)
+    {
+        if (document.type() == simdjson::ondemand::json_type::string)
+            return {std::string_view(document.get_string())};
+        return readLiteralOrNumber(document.raw_json_token());
+    }
+
+    // NOLINTNEXTLINE(misc-no-recursion): the depth is bounded.
+    JSONValue readValue(simdjson::ondemand::value value, int depth)
+    {
+        if (depth > deepestNesting)
+            throw simdjson::simdjson_error(simdjson::DEPTH_ERROR);
+        switch (value.type()) {
+        case simdjson::ondemand::json_type::object:
+            return {readObject(value.get_object(), depth)};
+        case simdjson::ondemand::json_type::array:
+            return {readArray(value.get_array(), depth)};
+        case simdjson::ondemand::json_type::string:
+            return {std::string_view(value.get_string())};
+        default:
+            return readLiteralOrNumber(value.raw_json_token());
+        }
+    }
+
+    // NOLINTNEXTLINE(misc-no-recursion): the depth is bounded.
+    JSONObject readObject(simdjson::ondemand::object object, int depth)
+    {
+        JSONObject members(m_memory);
+        members.reserve(4);
+        for (simdjson::ondemand::field field : object) {
+            const std::string_view key = field.unescaped_key();
+            members.push_back({key, readValue(field.value(), depth + 1)});
+        }
+        return members;
+    }
+
+    // NOLINTNEXTLINE(misc-no-recursion): the depth is bounded.
+    JSONArray readArray(simdjson::ondemand::array array, int depth)
+    {
+        JSONArray elements(m_memory);
+        for (simdjson::ondemand::value element : array)
+            elements.push_back(readValue(element, depth + 1));
+        return elements;
+    }
+
+    static JSONValue readLiteralOrNumber(std::string_view token)
+    {
+        // The token reaches to the next one, over the blanks between them.
+        token = token.substr(0, token.find_last_not_of(" \t\r\n") + 1);
+        if (token == "null")
+            return {};
+        if (token == "true")
+            return {true};
+        if (token == "false")
+            return {false};
+        if (!isNumber(token))
+            throw simdjson::simdjson_error(simdjson::INCORRECT_TYPE);
+        return {JSONNumber{token}};
+    }
+
+    static std::string_view skipDigits(std::string_view text)
+    {
+        return text.substr(std::min(text.find_first_not_of("0123456789"), text.size()));
+    }
+
+    /// The number grammar of RFC 8259, section 6.
+    static bool isNumber(std::string_view text)
+    {
+        if (text.starts_with('-'))
+            text.remove_prefix(1);
+        const std::string_view whole = text;
+        text = skipDigits(text);
+        const std::size_t digits = whole.size() - text.size();
+        if (digits == 0 || (digits > 1 && whole.starts_with('0')))
+            return false;
+        if (text.starts_with('.') && !removeDigitsAfter(text, 1))
+            return false;
+        if (text.starts_with('e') || text.starts_with('E')) {
+            const bool hasSign = text.size() > 1 && (text[1] == '+' || text[1] == '-');
+            if (!removeDigitsAfter(text, hasSign ? 2 : 1))
+                return false;
+        }
+        return text.empty();
+    }
+
+    static bool removeDigitsAfter(std::string_view& text, std::size_t prefix)
+    {
+        text.remove_prefix(prefix);
+        const std::size_t before = text.size();
+        text = skipDigits(text);
+        return text.size() < before;
+    }
+
+    std::pmr::memory_resource* m_memory;
+};
+
+std::string positionOf(const char* place, std::string_view text)
+{
+    const auto offset = static_cast<std::size_t>(place - text.data());
+    const std::string_view before = text.substr(0, std::min(offset, text.size()));
+    const auto line = std::ranges::count(before, '\n') + 1;
+    const std::size_t lineStart = before.rfind('\n') + 1;  // npos + 1 is 0
+    return "line " + std::to_string(line) + ", column "
+        + std::to_string(before.size() - lineStart + 1);
+}
+
+std::string reasonFor(const simdjson::simdjson_error& error)
+{
+    switch (error.error()) {
+    case simdjson::EMPTY:
+        return "the file is empty";
+    case simdjson::UTF8_ERROR:
+        return "not valid UTF-8";
+    case simdjson::UNCLOSED_STRING:
+        return "not valid JSON: a string does not end";
+    case simdjson::INCOMPLETE_ARRAY_OR_OBJECT:
+        return "not valid JSON: an array or object does not end";
+    case simdjson::UNESCAPED_CHARS:
+        return "not valid JSON: a control character in a string";
+    case simdjson::STRING_ERROR:
+        return "not valid JSON: a wrong escape in a string";
+    case simdjson::DEPTH_ERROR:
+        return "nested more than " + std::to_string(deepestNesting) + " levels deep";
+    case simdjson::TRAILING_CONTENT:
+        return "not valid JSON: more text after the end";
+    default:
+        return "not valid JSON";
+    }
+}
+
+}  // namespace
+
+struct JSONDocument::Content {
+    std::string text;
+    std::string file;
+    simdjson::ondemand::parser parser;  // holds the strings with their escapes resolved
+    std::pmr::monotonic_buffer_resource memory;
+    JSONValue root;
+};
+
+JSONDocument::JSONDocument(std::string text, std::string file)
+    : m_content(std::make_unique<Content>())
+{
+    m_content->text = std::move(text);
+    m_content->file = std::move(file);
+    if (m_content->text.starts_with(byteOrderMark))
+        m_content->text.erase(0, byteOrderMark.size());
+    m_content->text.reserve(m_content->text.size() + simdjson::SIMDJSON_PADDING);
+
+    simdjson::ondemand::document document;
+    bool hasDocument = false;  // without one, simdjson must not be asked for a place
+    try {
+        document = m_content->parser.iterate(
+            m_content->text.data(), m_content->text.size(), m_content->text.capacity());
+        hasDocument = true;
+        m_content->root = Reader(m_content->memory).read(document);
+    } catch (const simdjson::simdjson_error& error) {
+        const char* place = nullptr;
+        const bool hasPlace = hasDocument && !document.current_location().get(place);
+        throw DecodingError(m_content->file,
+            hasPlace ? positionOf(place, m_content->text) : std::string(), reasonFor(error));
+    }
+}
+
+JSONDocument::JSONDocument(JSONDocument&&) noexcept = default;
+JSONDocument& JSONDocument::operator=(JSONDocument&&) noexcept = default;
+JSONDocument::~JSONDocument() = default;
+
+JSONDecoder JSONDocument::root() const { return {*this, m_content->root}; }
+const std::string& JSONDocument::file() const { return m_content->file; }
+const JSONValue& JSONDocument::rootValue() const { return m_content->root; }
+
+}  // namespace tidemark

@@ -1,0 +1,115 @@
+#include "Executor.h"
+
+#include <filesystem>
+#include <ranges>
+
+namespace tidemark {
+
+Executor::Executor(JournalStore store, FileManager& fileManager)
+    : m_store(std::move(store))
+    , m_fileManager(&fileManager)
+{
+}
+
+SweepRecord Executor::apply(
+    const SweepPlan& plan, Date startedAt, Date now, SweepObserver* observer)
+{
+    SweepObserver nobody;
+    SweepObserver& follower = observer != nullptr ? *observer : nobody;
+    JournalWriter journal(m_store, m_store.load(), startedAt);
+    for (std::size_t index = 0; index < plan.actions.size(); ++index) {
+        follower.willPerform(index, plan.actions.size());
+        performOrWithdraw(plan.actions[index], journal, now, follower);
+    }
+    return journal.record();
+}
+
+void Executor::performOrWithdraw(
+    const PlannedAction& action, JournalWriter& journal, Date now, SweepObserver& observer)
+{
+    const std::size_t entriesBefore = journal.record().entries.size();
+    try {
+        if (!m_fileManager->fileExists(action.source))
+            return;
+        perform(action, journal, now);
+        observer.didPerform(journal.record().entries.back());
+    } catch (const std::exception& error) {
+        // One file that cannot be moved never stops a sweep.
+        journal.truncate(entriesBefore);
+        try {
+            journal.save();
+        } catch (const std::filesystem::filesystem_error&) {
+            // An entry for a move that did not happen does no harm: undo finds nothing at its `to`.
+        }
+        observer.didFail(action, error);
+    }
+}
+
+void Executor::perform(const PlannedAction& action, JournalWriter& journal, Date now)
+{
+    if (const auto wanted = Destination::of(action))
+        journalThenMove(action, *wanted, journal, now);
+    else
+        journalThenTrash(action.source, journal, now);
+}
+
+void Executor::journalThenMove(
+    const PlannedAction& action, const Destination& wanted, JournalWriter& journal, Date now)
+{
+    const FileURL place = wanted.prepare(*m_fileManager);
+    journal.append(JournalEntry::between(wanted.op, action.source, place, now));
+    journal.save();
+    m_fileManager->moveItem(action.source, place);
+
+    if (action.stampCreated && std::holds_alternative<SweepAction::FileInto>(action.action.value)) {
+        try {
+            m_fileManager->setCreationDate(place, *action.stampCreated);
+        } catch (const std::filesystem::filesystem_error&) {
+            // Many file systems keep no creation date that could be set; the move stands.
+        }
+    }
+}
+
+void Executor::journalThenTrash(const FileURL& source, JournalWriter& journal, Date now)
+{
+    journal.append(JournalEntry::between(JournalEntry::Op::trash, source, source, now));
+    journal.save();
+    if (const auto place = m_fileManager->trashItem(source)) {
+        journal.setLastDestination(place->path());
+        journal.save();
+    }
+}
+
+std::optional<SweepRecord> Executor::undoLastSweep(Date /*now*/, UndoObserver* observer)
+{
+    UndoObserver nobody;
+    UndoObserver& follower = observer != nullptr ? *observer : nobody;
+    Journal journal = m_store.load();
+    if (journal.sweeps.empty())
+        return std::nullopt;
+
+    for (const JournalEntry& entry : std::views::reverse(journal.sweeps.back().entries))
+        restore(entry, follower);
+
+    SweepRecord undone = std::move(journal.sweeps.back());
+    journal.sweeps.pop_back();
+    m_store.save(journal);
+    return undone;
+}
+
+void Executor::restore(const JournalEntry& entry, UndoObserver& observer)
+{
+    const FileURL now(entry.to);
+    if (!m_fileManager->fileExists(now)) {
+        observer.didFindGone(entry);
+        return;
+    }
+    const FileURL before(entry.from);
+    const Destination wayBack{
+        .folder = before.parent(), .name = std::string(before.lastPathComponent())};
+    const FileURL place = wayBack.prepare(*m_fileManager);
+    m_fileManager->moveItem(now, place);
+    observer.didRestore(entry, place);
+}
+
+}  // namespace tidemark

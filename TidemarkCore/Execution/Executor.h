@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Destination.h"
+#include "FileManager.h"
+#include "JournalStore.h"
+#include "JournalWriter.h"
+#include "SweepObserver.h"
+#include "SweepPlan.h"
+#include "UndoObserver.h"
+
+#include <optional>
+
+namespace tidemark {
+
+/// Carries out plans and undoes the last one, with every step in the journal before a file is touched.
+///
+/// So a crash leaves at worst an entry for a move that never happened, never a moved file that the journal
+/// does not know. Nothing is ever deleted. Keeps no state between calls and has no lock: calls for one
+/// journal follow one another, under the SupportLock.
+class Executor {
+public:
+    /// `fileManager` outlives the executor.
+    Executor(JournalStore store, FileManager& fileManager);
+
+    const JournalStore& store() const { return m_store; }
+
+    /// Performs the plan in its order and returns its record as it stands in the journal. A file that is
+    /// gone is skipped; an action that fails is withdrawn from the journal and the next one follows. Throws
+    /// only when the journal cannot be loaded; no file has been touched then.
+    SweepRecord apply(
+        const SweepPlan& plan, Date startedAt, Date now, SweepObserver* observer = nullptr);
+
+    /// Moves the files of the journal's last sweep back, the last one first, never over another file, and
+    /// removes the sweep from the journal. Nothing when there is no sweep. Throws the first failure; the
+    /// sweep stays in the journal then, and a later undo goes on where this one ended.
+    std::optional<SweepRecord> undoLastSweep(Date now, UndoObserver* observer = nullptr);
+
+private:
+    void performOrWithdraw(const PlannedAction& action, JournalWriter& journal, Date now,
+        SweepObserver& observer);
+    void perform(const PlannedAction& action, JournalWriter& journal, Date now);
+    void journalThenMove(
+        const PlannedAction& action, const Destination& wanted, JournalWriter& journal, Date now);
+    void journalThenTrash(const FileURL& source, JournalWriter& journal, Date now);
+    void restore(const JournalEntry& entry, UndoObserver& observer);
+
+    JournalStore m_store;
+    FileManager* m_fileManager;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,10 @@
+#include "Clock.h"
+
+namespace tidemark {
+
+Date SystemClock::now() const
+{
+    return std::chrono::system_clock::now();
+}
+
+}  // namespace tidemark

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "FileFacts.h"
+#include "FileURL.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tidemark {
+
+/// One entry of a folder.
+struct DirectoryEntry {
+    std::string name;
+    FileFacts facts;
+};
+
+/// The core's only door to the file system.
+///
+/// Failures throw std::filesystem::filesystem_error with the errno of the call that failed and the paths
+/// as given; nothing is retried or translated. Safe from any thread. All paths are absolute; one that
+/// holds a NUL fails with invalid_argument.
+class FileManager {
+public:
+    virtual ~FileManager() = default;
+
+    /// Whether anything stands at `url`; a link counts whether or not it leads anywhere. False only when
+    /// that is known: a folder that cannot be searched or a device that does not answer throws.
+    virtual bool fileExists(const FileURL& url) = 0;
+
+    /// Whether a folder, or a link to one, stands at `url`. Throws like fileExists.
+    virtual bool directoryExists(const FileURL& url) = 0;
+
+    /// The entries of `folder` with their facts, in the order of the file system, without hidden ones (a
+    /// leading dot) and without names that are not valid UTF-8. Does not descend. An entry that vanishes
+    /// meanwhile is left out; any other failure to read an entry's facts throws. `folder` may be a link
+    /// to a folder.
+    virtual std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) = 0;
+
+    /// The facts of one entry; a link is described, not followed.
+    virtual FileFacts facts(const FileURL& url) = 0;
+
+    /// Makes `folder` and every missing parent; an existing folder, or link to one, is fine.
+    virtual void createDirectory(const FileURL& folder) = 0;
+
+    /// Moves `from` to `to`, across file systems too, with its content, dates, mode, extended attributes
+    /// and access lists. An existing `to` is never replaced: throws file_exists. What the destination's
+    /// file system cannot keep is an error, too. On any failure the whole file is still at `from`. A
+    /// file that comes out of a trash takes its trash record away with it.
+    virtual void moveItem(const FileURL& from, const FileURL& to) = 0;
+
+    /// Moves `url` to the user's Trash, where other programs find it with its origin and date. Returns
+    /// where it lies now, or nothing if the system cannot tell. On any failure the file is still at `url`.
+    virtual std::optional<FileURL> trashItem(const FileURL& url) = 0;
+
+    /// Sets when the file was created; throws not_supported where that date cannot be changed.
+    virtual void setCreationDate(const FileURL& url, Date date) = 0;
+
+    /// The whole content of a regular file; throws file_too_large above `maxBytes`. Links are followed.
+    virtual std::string readFile(const FileURL& url, std::size_t maxBytes) = 0;
+
+    /// At most the first `maxBytes` bytes of a regular file, without touching its last-opened date where
+    /// the system allows that. A link is not followed.
+    virtual std::string readPrefix(const FileURL& url, std::size_t maxBytes) = 0;
+
+    /// Replaces the content of `url` by `pieces`, one after the other, such that at any moment, also after
+    /// a power cut, either the old or the new content stands there whole. On failure it is the old. The
+    /// new content has reached the disk when this returns. A link at `url` stays; its target is replaced.
+    virtual void writeAtomically(const FileURL& url, std::span<const std::string_view> pieces) = 0;
+
+    /// Nothing if there is no file at `url`. Links are followed.
+    virtual std::optional<FileIdentity> identity(const FileURL& url) = 0;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "FileURL.h"
+
+namespace tidemark {
+
+/// Moves files without ever replacing another one.
+///
+/// `move` chooses the first way that the file system offers; the ways are separate so that each can be
+/// tested by itself. All throw filesystem_error with both paths, file_exists when something stands at `to`,
+/// and leave the whole file at `from` then. Paths are absolute and hold no NUL. Safe from any thread.
+namespace FileMover {
+
+enum class Result {
+    moved,
+    notOffered,  ///< The file system has no such way; nothing was changed.
+    otherFileSystem,  ///< `to` lies on another file system; nothing was changed.
+};
+
+/// Moves by any way, across file systems by a copy (regular files and links only).
+void move(const FileURL& from, const FileURL& to);
+
+/// Moves by any way but a copy. Never answers `notOffered`.
+Result moveWithinFileSystem(const FileURL& from, const FileURL& to);
+
+/// The kernel's own rename that refuses to replace.
+Result moveByRename(const FileURL& from, const FileURL& to);
+
+/// Gives the file its new name beside the old one, which a hard link never replaces, and removes the old.
+/// Not offered for folders.
+Result moveByLink(const FileURL& from, const FileURL& to);
+
+/// Makes an empty file (or folder) at `to`, which fails if the name is taken, and renames over it. Another
+/// program that writes into that empty file within the moment it stands there would lose what it wrote:
+/// for file systems that offer nothing better.
+Result moveByPlaceholder(const FileURL& from, const FileURL& to);
+
+}  // namespace FileMover
+
+}  // namespace tidemark

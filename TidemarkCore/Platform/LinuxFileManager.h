@@ -1,0 +1,31 @@
+#pragma once
+
+#include "FileManager.h"
+#include "Trash.h"
+
+namespace tidemark {
+
+/// The real file system, by the kernel's own calls.
+class LinuxFileManager final : public FileManager {
+public:
+    /// Trashes into the user's own Trash (`$XDG_DATA_HOME/Trash`) and those of other file systems.
+    LinuxFileManager();
+
+    bool fileExists(const FileURL& url) override;
+    bool directoryExists(const FileURL& url) override;
+    std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) override;
+    FileFacts facts(const FileURL& url) override;
+    void createDirectory(const FileURL& folder) override;
+    void moveItem(const FileURL& from, const FileURL& to) override;
+    std::optional<FileURL> trashItem(const FileURL& url) override;
+    void setCreationDate(const FileURL& url, Date date) override;
+    std::string readFile(const FileURL& url, std::size_t maxBytes) override;
+    std::string readPrefix(const FileURL& url, std::size_t maxBytes) override;
+    void writeAtomically(const FileURL& url, std::span<const std::string_view> pieces) override;
+    std::optional<FileIdentity> identity(const FileURL& url) override;
+
+private:
+    Trash m_trash;
+};
+
+}  // namespace tidemark

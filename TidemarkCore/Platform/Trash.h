@@ -1,0 +1,35 @@
+#pragma once
+
+#include "FileURL.h"
+
+namespace tidemark {
+
+/// The user's Trash as all desktops share it (freedesktop.org Trash specification 1.0).
+///
+/// A file goes into the home trash when that is on its own file system, else into the trash at the top of
+/// its file system ("$topdir/.Trash/$uid" or "$topdir/.Trash-$uid"), else across file systems into the home
+/// trash. In a trash it lies in the folder "files", and its record, with origin and date, in "info". Safe
+/// from any thread and beside other programs.
+class Trash {
+public:
+    /// The home trash is `$XDG_DATA_HOME/Trash` as the environment has it now. Throws filesystem_error when
+    /// there is no home folder.
+    Trash();
+
+    explicit Trash(FileURL homeTrash);
+
+    /// Moves `url` into a trash and returns where it lies now. Throws filesystem_error: invalid_argument for
+    /// what lies in a trash already, or holds one. The file is still at `url` then and no record is left.
+    FileURL moveIn(const FileURL& url) const;
+
+    /// Removes the record of a file that has been moved out of a trash, if `formerPlace` was in one. A
+    /// record that cannot be removed stays: other programs ignore one without a file.
+    void removeRecord(const FileURL& formerPlace) const;
+
+private:
+    void requireOutsideOfTrashes(const FileURL& url, const FileURL& realURL) const;
+
+    FileURL m_home;
+};
+
+}  // namespace tidemark

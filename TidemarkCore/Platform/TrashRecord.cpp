@@ -1,0 +1,131 @@
+#include "TrashRecord.h"
+
+#include "Clock.h"
+#include "FileDescriptor.h"
+#include "SystemCall.h"
+#include "Text.h"
+#include "TimeZone.h"
+
+#include <QByteArray>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <utility>
+
+namespace tidemark {
+
+namespace {
+
+constexpr std::string_view recordExtension = ".trashinfo";
+constexpr std::size_t longestName = 255 - recordExtension.size();
+
+/// Local time without a zone, as the Trash specification wants it.
+std::string deletionDate(Date date)
+{
+    const LocalTime time = TimeZone::current().localTime(date);
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(date).time_since_epoch();
+    std::array<char, 64> text;
+    std::snprintf(text.data(), text.size(), "%04lld-%02u-%02uT%02u:%02u:%02d",
+        static_cast<long long>(time.year), time.month, time.day, time.hour, time.minute,
+        static_cast<int>(seconds.count() % 60));
+    return text.data();
+}
+
+std::string recordContent(std::string_view path)
+{
+    const auto bytes = QByteArray::fromRawData(path.data(), static_cast<qsizetype>(path.size()));
+    return "[Trash Info]\nPath=" + bytes.toPercentEncoding("/").toStdString()
+        + "\nDeletionDate=" + deletionDate(SystemClock{}.now()) + '\n';
+}
+
+void writeAll(const FileDescriptor& file, std::string_view content, const FileURL& url)
+{
+    constexpr const char* cannotWrite = "cannot write the Trash record";
+    while (!content.empty()) {
+        const ssize_t written =
+            uninterrupted([&] { return ::write(file.get(), content.data(), content.size()); });
+        if (written < 0)
+            fail(cannotWrite, url, errno);
+        content.remove_prefix(static_cast<std::size_t>(written));
+    }
+    if (uninterrupted([&] { return ::fsync(file.get()); }) != 0)
+        fail(cannotWrite, url, errno);
+}
+
+FileURL recordOf(const FileURL& infoFolder, std::string_view name)
+{
+    return infoFolder.appending(std::string{name} + std::string{recordExtension});
+}
+
+/// At most `size` bytes of `text`, without a part of a character at the end.
+std::string_view shortened(std::string_view text, std::size_t size)
+{
+    if (text.size() <= size)
+        return text;
+    std::size_t end = size;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        --end;
+    // No text at all, then, but bytes.
+    return text.substr(0, end > 0 ? end : size);
+}
+
+}  // namespace
+
+std::optional<TrashRecord> TrashRecord::create(
+    const FileURL& infoFolder, std::string_view name, std::string_view path)
+{
+    const FileURL url = recordOf(infoFolder, name);
+    const FileDescriptor file{uninterrupted([&] {
+        return ::open(
+            url.path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+    })};
+    if (!file.isOpen() && errno == EEXIST)
+        return std::nullopt;
+    if (!file.isOpen())
+        fail("cannot make the Trash record", url, errno);
+
+    TrashRecord record{url};
+    writeAll(file, recordContent(path), url);
+    return record;
+}
+
+void TrashRecord::remove(const FileURL& infoFolder, std::string_view name)
+{
+    ::unlink(recordOf(infoFolder, name).path().c_str());
+}
+
+std::string TrashRecord::nameInTrash(std::string_view name, int number)
+{
+    std::string_view stem = withoutPathExtension(name);
+    std::string ending = number > 1 ? ' ' + std::to_string(number) : std::string{};
+    // What is longer is no extension that any program knows.
+    constexpr std::size_t longestExtension = 64;
+    if (const std::string_view extension = pathExtension(name); extension.size() > longestExtension)
+        stem = name;
+    else if (!extension.empty())
+        ending += '.' + std::string{extension};
+    return std::string{shortened(stem, longestName - ending.size())} + ending;
+}
+
+TrashRecord::TrashRecord(FileURL url)
+    : m_url(std::move(url))
+{
+}
+
+TrashRecord::TrashRecord(TrashRecord&& other) noexcept
+    : m_url(std::move(other.m_url))
+    , m_isKept(std::exchange(other.m_isKept, true))
+{
+}
+
+TrashRecord::~TrashRecord()
+{
+    if (!m_isKept)
+        ::unlink(m_url.path().c_str());
+}
+
+}  // namespace tidemark

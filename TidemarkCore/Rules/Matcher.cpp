@@ -1,0 +1,62 @@
+#include "Matcher.h"
+
+#include "NamePattern.h"
+#include "Text.h"
+
+#include <algorithm>
+
+namespace tidemark::Matcher {
+
+namespace {
+
+bool hasType(const RuleMatch& match, const FileInfo& file)
+{
+    if (match.fileTypes.empty())
+        return true;
+    const std::string extension = lowercased(pathExtension(file.url.lastPathComponent()));
+    return std::ranges::find(match.fileTypes, extension) != match.fileTypes.end();
+}
+
+bool matchesPattern(const RuleMatch& match, const FileInfo& file)
+{
+    return match.namePattern
+        && NamePattern::matches(*match.namePattern, std::string(file.url.lastPathComponent()));
+}
+
+/// A screen capture may carry any name, and a file that is named like one need not carry the flag.
+bool hasNameOrFlag(const RuleMatch& match, const FileInfo& file)
+{
+    if (match.screenCaptureOnly.value_or(false))
+        return file.isScreenCapture || matchesPattern(match, file);
+    return !match.namePattern || matchesPattern(match, file);
+}
+
+Date dateFor(AgeBasis basis, const FileInfo& file)
+{
+    switch (basis) {
+    case AgeBasis::modified:
+        return file.modified;
+    case AgeBasis::added:
+        return file.added;
+    case AgeBasis::lastOpened:
+        return file.lastOpened;
+    }
+    return file.modified;
+}
+
+bool isOldEnough(const RuleMatch& match, const FileInfo& file, Date now)
+{
+    if (!match.minAge)
+        return true;
+    const Seconds age = now - dateFor(match.ageBasis, file);
+    return !(age < *match.minAge);
+}
+
+}  // namespace
+
+bool matches(const RuleMatch& match, const FileInfo& file, Date now)
+{
+    return hasType(match, file) && hasNameOrFlag(match, file) && isOldEnough(match, file, now);
+}
+
+}  // namespace tidemark::Matcher

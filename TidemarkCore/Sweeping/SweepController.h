@@ -1,0 +1,77 @@
+#pragma once
+
+#include "ActivityItem.h"
+#include "Executor.h"
+#include "JournalReader.h"
+#include "JournalStore.h"
+#include "Rehearsal.h"
+#include "Settings.h"
+#include "SettingsStore.h"
+#include "SweepEngine.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tidemark {
+
+/// The one object through which an application reaches the core: the current settings, sweeping, undo and
+/// what was done lately.
+///
+/// Has no lock of its own. Sweeps and undo follow one another on one thread; the settings are read and
+/// changed on one other. The two need no coordination: a sweep works on the settings that it is given, and
+/// each save of the journal replaces it whole.
+class SweepController {
+public:
+    /// Loads the settings; those that cannot be read are replaced by the defaults in memory, and
+    /// `settingsError` tells why. `fileManager` outlives the controller.
+    SweepController(
+        SettingsStore settingsStore, JournalStore journalStore, FileManager& fileManager);
+
+    const Settings& settings() const { return m_settings; }
+    bool isPaused() const { return m_settings.isPaused; }
+
+    /// Why the settings file could not be read when the controller was made.
+    const std::optional<std::string>& settingsError() const { return m_settingsError; }
+
+    /// Whether the journal holds a sweep, as its file is now; false when it cannot be read.
+    bool canUndo();
+
+    /// Sweeps with the current settings. While paused the result is an empty record and nothing is touched.
+    /// Throws what SweepEngine::sweep throws.
+    SweepRecord sweepNow(Date now, SweepObserver* observer = nullptr);
+
+    /// The same with other settings, which are not kept.
+    SweepRecord sweep(const Settings& settings, Date now, SweepObserver* observer = nullptr);
+
+    /// What a sweep would do, whether or not sweeping is paused; changes nothing. Throws what the scan of
+    /// any folder throws.
+    std::vector<RehearsedAction> preview(Date now, SweepObserver* observer = nullptr);
+
+    /// Executor::undoLastSweep.
+    std::optional<SweepRecord> undoLast(Date now, UndoObserver* observer = nullptr);
+
+    /// These change the settings in memory, then save them. Throw what SettingsStore::save throws; the
+    /// change in memory stands even then.
+    void setPaused(bool value);
+    void togglePause();
+    void update(Settings settings);
+
+    /// The newest entries of the journal, newest first; none without a journal. A negative
+    /// `limit` is a mistake in the program and ends the process. Throws what JournalStore::load throws.
+    std::vector<ActivityItem> recentActivity(int limit);
+
+    /// The folders as a sweep sees them: the rule for Markdown notes in front of each folder's own rules
+    /// where the folder sorts them, unless the name of the notes' subfolder is empty.
+    static std::vector<WatchedFolder> effectiveFolders(const Settings& settings);
+
+private:
+    SettingsStore m_settingsStore;
+    Executor m_executor;
+    SweepEngine m_engine;
+    JournalReader m_journalReader;
+    Settings m_settings;
+    std::optional<std::string> m_settingsError;
+};
+
+}  // namespace tidemark

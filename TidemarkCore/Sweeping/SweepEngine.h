@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Executor.h"
+#include "FileInfo.h"
+#include "FileManager.h"
+#include "Rehearsal.h"
+#include "SweepObserver.h"
+#include "WatchedFolder.h"
+
+#include <vector>
+
+namespace tidemark {
+
+/// Turns a list of watched folders into one executed sweep. Keeps no state between sweeps, has no lock.
+class SweepEngine {
+public:
+    /// `fileManager` outlives the engine.
+    SweepEngine(Executor executor, FileManager& fileManager);
+
+    /// Plans every folder against its own rules, then carries all of it out as one sweep. Without anything
+    /// to do the result is an empty record and neither disk nor journal is touched. Throws what the scan of
+    /// any folder throws, before anything is moved, and what Executor::apply throws.
+    SweepRecord sweep(const std::vector<WatchedFolder>& folders, Seconds gracePeriod, Date startedAt,
+        Date now, SweepObserver* observer = nullptr);
+
+    /// The joined plan of all folders, in their order: what `sweep` would carry out. Throws what the scan of
+    /// any folder throws.
+    SweepPlan plan(const std::vector<WatchedFolder>& folders, Seconds gracePeriod, Date now,
+        SweepObserver* observer = nullptr);
+
+    /// What `sweep` would do, to the exact places; changes nothing. Throws what the scan of any folder throws.
+    std::vector<RehearsedAction> rehearse(const std::vector<WatchedFolder>& folders,
+        Seconds gracePeriod, Date now, SweepObserver* observer = nullptr);
+
+    /// The plan for the files of one folder, without those that are not stable yet. Never fails.
+    static SweepPlan plan(std::vector<FileInfo> files, const std::vector<Rule>& rules,
+        Seconds gracePeriod, Date now);
+
+private:
+    Executor m_executor;
+    FileManager* m_fileManager;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,150 @@
+#include "Rehearsal.h"
+
+#include "ExecutionFixture.h"
+#include "ImaginedFileManager.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace tidemark;
+
+namespace {
+
+SweepAction fileInto(const std::string& folder, std::string name)
+{
+    return SweepAction::fileInto(FileURL::directory(folder), std::move(name));
+}
+
+/// Source and destination of every action that is expected to work; trashed files have none.
+using Moves = std::vector<std::pair<std::string, std::optional<std::string>>>;
+
+Moves rehearsed(FileManager& disk, std::vector<PlannedAction> actions)
+{
+    Moves moves;
+    for (const RehearsedAction& action : Rehearsal::rehearse({std::move(actions)}, disk)) {
+        if (action.obstacle)
+            continue;
+        moves.emplace_back(action.planned.source.path(),
+            action.destination ? std::optional(action.destination->path()) : std::nullopt);
+    }
+    return moves;
+}
+
+Moves performed(FileManager& disk, std::vector<PlannedAction> actions)
+{
+    Moves moves;
+    for (const JournalEntry& entry : sweep(disk, std::move(actions)).entries) {
+        const bool isTrash = entry.op == JournalEntry::Op::trash;
+        moves.emplace_back(entry.from, isTrash ? std::nullopt : std::optional(entry.to));
+    }
+    return moves;
+}
+
+struct Row {
+    const char* name;
+    std::vector<std::string> files;
+    std::vector<PlannedAction> actions;
+};
+
+std::vector<Row> rows()
+{
+    return {
+        {"a free name", {"/in/a"}, {moving("/in/a", "/out")}},
+        {"a taken name", {"/in/a", "/out/a"}, {moving("/in/a", "/out")}},
+        {"one name from two folders", {"/in/a", "/in2/a"},
+            {moving("/in/a", "/out"), moving("/in2/a", "/out")}},
+        {"one name from two folders, taken already", {"/in/a", "/in2/a", "/out/a", "/out/a 2"},
+            {moving("/in/a", "/out"), moving("/in2/a", "/out")}},
+        {"two files that get one name", {"/in/x", "/in/y"},
+            {planned("/in/x", fileInto("/out", "n")), planned("/in/y", fileInto("/out", "n"))}},
+        {"a name that an earlier action frees", {"/in/a", "/in/b"},
+            {moving("/in/a", "/out"), planned("/in/b", SweepAction::rename("a"))}},
+        {"a name that an earlier action takes", {"/in/a", "/in/b"},
+            {planned("/in/a", SweepAction::rename("c")), planned("/in/b", SweepAction::rename("c"))}},
+        {"a name that trashing frees", {"/in/a", "/in/b"},
+            {planned("/in/a", SweepAction::trash()), planned("/in/b", SweepAction::rename("a"))}},
+        {"a file renamed to its own name", {"/in/a.txt"},
+            {planned("/in/a.txt", SweepAction::rename("a.txt"))}},
+        {"one file planned twice", {"/in/a"}, {moving("/in/a", "/out"), moving("/in/a", "/out2")}},
+        {"a file that is gone", {"/in/b"}, {moving("/in/a", "/out"), moving("/in/b", "/out")}},
+        {"a file moved to where the next one is found", {"/in/a", "/in/b"},
+            {planned("/in/a", SweepAction::rename("c")), moving("/in/c", "/out")}},
+        {"a file takes the name of a folder to be made", {"/in/a", "/in/b"},
+            {planned("/in/a", fileInto("/x", "sub")), moving("/in/b", "/x/sub")}},
+        {"a new folder takes the name of a file", {"/in/a", "/in/b"},
+            {moving("/in/a", "/x/sub"), planned("/in/b", fileInto("/x", "sub"))}},
+        {"a folder where a file made room", {"/in/a", "/in/b"},
+            {moving("/in/a", "/out"), moving("/in/b", "/in/a")}},
+        {"a folder below a file", {"/in/a", "/in/b", "/file"},
+            {moving("/in/a", "/file/sub"), moving("/in/b", "/out")}},
+        {"a name that is none", {"/in/a", "/in/b"},
+            {planned("/in/a", SweepAction::rename("x/y")), moving("/in/b", "/out")}},
+    };
+}
+
+}  // namespace
+
+TEST(Rehearsal, ForetellsWhatTheSweepThenDoes)
+{
+    for (const Row& row : rows()) {
+        InMemoryFileManager disk;
+        for (const std::string& file : row.files)
+            disk.addFile(file, file);
+        const Moves foretold = rehearsed(disk, row.actions);
+
+        EXPECT_EQ(foretold, performed(disk, row.actions)) << row.name;
+    }
+}
+
+TEST(Rehearsal, ChangesNothing)
+{
+    for (const Row& row : rows()) {
+        InMemoryFileManager disk;
+        for (const std::string& file : row.files)
+            disk.addFile(file, file);
+        const std::vector<std::string> before = disk.tree();
+        Rehearsal::rehearse({row.actions}, disk);
+
+        EXPECT_EQ(disk.tree(), before) << row.name;
+    }
+}
+
+TEST(Rehearsal, TellsWhatStandsInTheWay)
+{
+    InMemoryFileManager disk{{"/in/a", "A"}, {"/file", ""}};
+    const auto rehearsal = Rehearsal::rehearse({{moving("/in/a", "/file/sub")}}, disk);
+
+    ASSERT_EQ(rehearsal.size(), 1U);
+    EXPECT_EQ(rehearsal[0].destination, std::nullopt);
+    EXPECT_EQ(rehearsal[0].obstacle, std::make_error_code(std::errc::not_a_directory).message());
+}
+
+TEST(ImaginedFileManager, RefusesWhatItCannotImagine)
+{
+    InMemoryFileManager disk{{"/a", "A"}};
+    ImaginedFileManager imagined(disk);
+    const FileURL url("/a");
+    const std::vector<std::function<void()>> calls{
+        [&] { imagined.contentsOfDirectory(url); },
+        [&] { imagined.facts(url); },
+        [&] { imagined.setCreationDate(url, sweepTime); },
+        [&] { imagined.readFile(url, 1); },
+        [&] { imagined.readPrefix(url, 1); },
+        [&] { imagined.writeAtomically(url, {}); },
+        [&] { imagined.identity(url); },
+    };
+    for (const auto& call : calls)
+        EXPECT_THROW(call(), std::filesystem::filesystem_error);
+}
+
+TEST(ImaginedFileManager, NeverMovesOverAFile)
+{
+    InMemoryFileManager disk{{"/a", "A"}, {"/b", "B"}};
+    ImaginedFileManager imagined(disk);
+
+    EXPECT_THROW(imagined.moveItem(FileURL("/a"), FileURL("/b")), std::filesystem::filesystem_error);
+    EXPECT_THROW(imagined.moveItem(FileURL("/c"), FileURL("/d")), std::filesystem::filesystem_error);
+    EXPECT_THROW(imagined.trashItem(FileURL("/c")), std::filesystem::filesystem_error);
+}
