@@ -123,7 +123,7 @@ TEST_P(MovingByCopy, HolesStayHoles)
     const FileURL from = m_folder.write("from", "");
     const int file = ::open(from.path().c_str(), O_WRONLY | O_CLOEXEC);
     ASSERT_GE(file, 0);
-    constexpr off_t far = 64 << 20;
+    constexpr off_t far = 4 << 20;
     ASSERT_EQ(::pwrite(file, "middle", 6, far), 6);
     ASSERT_EQ(::ftruncate(file, 2 * far), 0);
     ::close(file);

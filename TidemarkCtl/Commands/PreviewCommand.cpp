@@ -1,0 +1,110 @@
+#include "Commands.h"
+#include "DisplayText.h"
+#include "FileTable.h"
+#include "Hints.h"
+#include "JSONEncoder.h"
+#include "OutputStream.h"
+#include "PreviewReport.h"
+#include "SupportFolder.h"
+#include "SweepProgress.h"
+#include "TextPrinter.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace tidemark {
+
+namespace {
+
+std::string detailOf(const RehearsedAction& action, const PeopleText& people)
+{
+    if (action.obstacle)
+        return "cannot be moved: " + displayText(*action.obstacle);
+    if (!action.destination)
+        return "-> Trash";
+    return "-> " + people.path(action.destination->path());
+}
+
+FileRow rowFor(const RehearsedAction& action, const PeopleText& people)
+{
+    const PlannedAction& planned = action.planned;
+    return {.folder = people.path(planned.source.parent().path()),
+        .lead = displayText(planned.ruleName),
+        .name = displayText(planned.source.lastPathComponent()),
+        .detail = detailOf(action, people),
+        .emphasis = action.obstacle ? Emphasis::bad : Emphasis::none};
+}
+
+std::string summaryOf(const PreviewReport& report)
+{
+    const auto obstacles = static_cast<std::size_t>(std::ranges::count_if(
+        report.actions, [](const RehearsedAction& action) { return action.obstacle.has_value(); }));
+    std::string text =
+        PeopleText::count(report.actions.size() - obstacles, "file") + " would be moved";
+    if (obstacles > 0)
+        text += ", " + PeopleText::number(obstacles) + " could not be";
+    return text + '.';
+}
+
+void printActions(const PreviewReport& report, TextPrinter& printer)
+{
+    printFileTable(
+        report.actions.size(),
+        [&](std::size_t index) { return rowFor(report.actions[index], printer.people()); },
+        printer);
+    printer.printLine();
+    printer.print(summaryOf(report), Emphasis::strong);
+    printer.printLine(report.isPaused ? "" : " Do it with: tidemarkctl sweep");
+}
+
+void print(const PreviewReport& report)
+{
+    TextPrinter printer;
+    if (report.isPaused) {
+        printer.printLine("Sweeping is paused; this is what would happen otherwise. "
+            + std::string{hints::resume});
+        printer.printLine();
+    }
+    if (!report.actions.empty())
+        printActions(report, printer);
+    else
+        printer.printLine(report.watchesFolders ? hints::nothingToSweep : hints::addFolder);
+    printer.flush();
+}
+
+/// Passes the text on in pieces: as a whole it would take more memory than everything else.
+void printAsJSON(const PreviewReport& report)
+{
+    constexpr std::size_t pieceSize = std::size_t{64} << 10U;
+    OutputStream output{STDOUT_FILENO};
+    JSONEncoder encoder;
+    report.encode(encoder, [&] {
+        if (encoder.text().size() >= pieceSize)
+            output.write(encoder.takeText());
+    });
+    output.write(encoder.takeText());
+    output.write("\n");
+    output.flush();
+}
+
+PreviewReport previewed(const Invocation& invocation)
+{
+    Workspace workspace{supportFolder(invocation)};
+    SweepProgress progress;
+    return previewSweep(workspace, invocation.now.value_or(workspace.now()), progress);
+}
+
+}  // namespace
+
+ExitStatus runPreview(const Invocation& invocation)
+{
+    const PreviewReport report = previewed(invocation);
+    if (invocation.json)
+        printAsJSON(report);
+    else
+        print(report);
+    return exitDone;
+}
+
+}  // namespace tidemark
