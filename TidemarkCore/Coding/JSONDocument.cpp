@@ -3,8 +3,11 @@
 #include "DecodingError.h"
 #include "JSONDecoder.h"
 #include "JSONValue.h"
+#include "Text.h"
 
 #include <simdjson.h>
+
+#include <algorithm>
 
 
 namespace tidemark {
@@ -139,14 +142,41 @@ private:
     std::pmr::memory_resource* m_memory;
 };
 
-std::string positionOf(const char* place, std::string_view text)
+/// Line and column of a place in the text, counted from 1; columns are bytes.
+std::string positionOf(std::size_t offset, std::string_view text)
 {
-    const auto offset = static_cast<std::size_t>(place - text.data());
-    const std::string_view before = text.substr(0, std::min(offset, text.size()));
+    const std::string_view before = text.substr(0, offset);
     const auto line = std::ranges::count(before, '\n') + 1;
     const std::size_t lineStart = before.rfind('\n') + 1;  // npos + 1 is 0
     return "line " + std::to_string(line) + ", column "
         + std::to_string(before.size() - lineStart + 1);
+}
+
+/// Where the first line starts that is not UTF-8.
+std::size_t firstInvalidLine(std::string_view text)
+{
+    std::size_t start = 0;
+    while (start < text.size()) {
+        const std::size_t end = std::min(text.find('\n', start), text.size());
+        if (!isValidUTF8(text.substr(start, end - start)))
+            return start;
+        start = end + 1;
+    }
+    return text.size();
+}
+
+/// Where the text stops being JSON. `place` is simdjson's word, if it has one; it has none when the text
+/// ends too early.
+std::string positionOf(
+    const simdjson::simdjson_error& error, const char* place, std::string_view text)
+{
+    if (error.error() == simdjson::EMPTY)
+        return {};
+    if (error.error() == simdjson::UTF8_ERROR)
+        return positionOf(firstInvalidLine(text), text);
+    const std::size_t offset
+        = place == nullptr ? text.size() : static_cast<std::size_t>(place - text.data());
+    return positionOf(std::min(offset, text.size()), text);
 }
 
 std::string reasonFor(const simdjson::simdjson_error& error)
@@ -201,9 +231,10 @@ JSONDocument::JSONDocument(std::string text, std::string file)
         m_content->root = Reader(m_content->memory).read(document);
     } catch (const simdjson::simdjson_error& error) {
         const char* place = nullptr;
-        const bool hasPlace = hasDocument && !document.current_location().get(place);
-        throw DecodingError(m_content->file,
-            hasPlace ? positionOf(place, m_content->text) : std::string(), reasonFor(error));
+        if (!hasDocument || document.current_location().get(place) != simdjson::SUCCESS)
+            place = nullptr;
+        throw DecodingError(
+            m_content->file, positionOf(error, place, m_content->text), reasonFor(error));
     }
 }
 

@@ -1,7 +1,6 @@
 #include "Executor.h"
 
 #include <filesystem>
-#include <ranges>
 
 namespace tidemark {
 
@@ -88,8 +87,9 @@ std::optional<SweepRecord> Executor::undoLastSweep(Date /*now*/, UndoObserver* o
     if (journal.sweeps.empty())
         return std::nullopt;
 
-    for (const JournalEntry& entry : std::views::reverse(journal.sweeps.back().entries))
-        restore(entry, follower);
+    const std::vector<JournalEntry>& entries = journal.sweeps.back().entries;
+    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
+        restore(*entry, follower);
 
     SweepRecord undone = std::move(journal.sweeps.back());
     journal.sweeps.pop_back();

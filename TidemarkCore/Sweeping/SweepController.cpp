@@ -4,7 +4,6 @@
 
 #include <QDebug>
 
-#include <ranges>
 #include <stdexcept>
 
 namespace tidemark {
@@ -77,11 +76,11 @@ std::vector<ActivityItem> SweepController::recentActivity(int limit)
         qFatal("recentActivity: the limit is negative");
     const auto journal = m_journalReader.read();
     std::vector<ActivityItem> items;
-    for (const SweepRecord& sweep : std::views::reverse(journal->sweeps)) {
-        for (const JournalEntry& entry : std::views::reverse(sweep.entries)) {
+    for (auto sweep = journal->sweeps.rbegin(); sweep != journal->sweeps.rend(); ++sweep) {
+        for (auto entry = sweep->entries.rbegin(); entry != sweep->entries.rend(); ++entry) {
             if (items.size() == static_cast<std::size_t>(limit))
                 return items;
-            items.push_back(ActivityItem::of(entry));
+            items.push_back(ActivityItem::of(*entry));
         }
     }
     return items;

@@ -83,7 +83,24 @@ TEST(JSONDocument, AcceptsAByteOrderMark)
 
 TEST(JSONDocument, TellsLineAndColumnOfAnError)
 {
-    EXPECT_THAT(errorOf("{\n  \"a\" : 1,\n  \"b\" : wrong\n}"), HasSubstr("line 3, column 9"));
+    struct Row {
+        const char* name;
+        std::string text;
+        const char* error;
+    };
+    for (const Row& row : {
+             Row{"a wrong word", "{\n  \"a\" : 1,\n  \"b\" : wrong\n}",
+                 "file.json: line 3, column 9: not valid JSON"},
+             Row{"a text that ends too early", "{\n  \"a\" : [1, 2",
+                 "file.json: line 2, column 14: not valid JSON"},
+             Row{"a string that does not end", "{\n  \"a\" : \"b",
+                 "file.json: line 2, column 11: not valid JSON: a string does not end"},
+             Row{"a line that is not UTF-8", "{\n  \"\xff\" : 1\n}",
+                 "file.json: line 2, column 1: not valid UTF-8"},
+             Row{"nothing at all", "", "file.json: the file is empty"},
+         }) {
+        EXPECT_EQ(errorOf(row.text), row.error) << row.name;
+    }
 }
 
 TEST(JSONDocument, RefusesEveryTornText)

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Place.h"
+#include "Suite.h"
+
+namespace tidemark::bench {
+
+// One function per group of cases, each in a source of that name. What they prepare lies in `place`.
+
+/// Previews as whole processes, beside find and a bare walk.
+void addPreviewCases(const Place& place, Suite& suite);
+
+/// A whole sweep, beside a bare loop of the same writes and renames.
+void addSweepCases(const Place& place, Suite& suite);
+
+/// Actions of a sweep while the journal is long.
+void addJournalCases(const Place& place, Suite& suite);
+
+/// What an application asks of the journal for display.
+void addActivityCases(const Place& place, Suite& suite);
+
+/// The journal's text, in memory.
+void addCodingCases();
+
+/// Deciding what happens to a file, in memory.
+void addPlanningCases();
+
+}  // namespace tidemark::bench
