@@ -22,8 +22,9 @@ if(TIDEMARK_WARNINGS_AS_ERRORS)
     target_compile_options(tidemark_compiler INTERFACE -Werror)
 endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    # GCC 12 reports null dereferences inside std::string and std::optional that cannot happen.
-    target_compile_options(tidemark_compiler INTERFACE -Wno-null-dereference)
+    # GCC 12 reports accesses inside std::string and std::optional that cannot happen.
+    target_compile_options(tidemark_compiler INTERFACE
+        -Wno-null-dereference -Wno-restrict -Wno-stringop-overflow)
     if(TIDEMARK_PRECOMPILED_HEADERS)
         target_compile_options(tidemark_compiler INTERFACE -fpch-preprocess)
     endif()

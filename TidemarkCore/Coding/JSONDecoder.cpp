@@ -29,7 +29,7 @@ bool findPath(const JSONValue& value, const JSONValue* target, std::string& path
     if (const auto* array = std::get_if<JSONArray>(&value.value)) {
         for (std::size_t index = 0; index < array->size(); ++index) {
             path += '[' + std::to_string(index) + ']';
-            if (findPath((*array)[index], target, path))
+            if (findPath(array->first[index], target, path))
                 return true;
             path.resize(length);
         }
@@ -48,9 +48,12 @@ bool findPath(const JSONValue& value, const JSONValue* target, std::string& path
 
 const JSONValue* findMember(const JSONObject& object, std::string_view key)
 {
-    const auto found = std::find_if(
-        object.rbegin(), object.rend(), [key](const JSONMember& member) { return member.key == key; });
-    return found == object.rend() ? nullptr : &found->value;
+    for (const JSONMember* member = object.end(); member != object.begin();) {
+        --member;
+        if (member->key == key)
+            return &member->value;
+    }
+    return nullptr;
 }
 
 std::string quoted(std::string_view text)

@@ -8,6 +8,9 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <memory>
+#include <memory_resource>
+#include <vector>
 
 
 namespace tidemark {
@@ -73,22 +76,36 @@ private:
     // NOLINTNEXTLINE(misc-no-recursion): the depth is bounded.
     JSONObject readObject(simdjson::ondemand::object object, int depth)
     {
-        JSONObject members(m_memory);
-        members.reserve(4);
+        const std::size_t start = m_members.size();
         for (simdjson::ondemand::field field : object) {
             const std::string_view key = field.unescaped_key();
-            members.push_back({key, readValue(field.value(), depth + 1)});
+            JSONValue value = readValue(field.value(), depth + 1);
+            m_members.push_back({key, value});
         }
-        return members;
+        return keep(m_members, start);
     }
 
     // NOLINTNEXTLINE(misc-no-recursion): the depth is bounded.
     JSONArray readArray(simdjson::ondemand::array array, int depth)
     {
-        JSONArray elements(m_memory);
-        for (simdjson::ondemand::value element : array)
-            elements.push_back(readValue(element, depth + 1));
-        return elements;
+        const std::size_t start = m_elements.size();
+        for (simdjson::ondemand::value element : array) {
+            JSONValue value = readValue(element, depth + 1);
+            m_elements.push_back(value);
+        }
+        return keep(m_elements, start);
+    }
+
+    /// Takes what was read last, from `start` on, to where it stays.
+    template <typename Item>
+    JSONItems<Item> keep(std::vector<Item>& items, std::size_t start)
+    {
+        const std::size_t count = items.size() - start;
+        auto* kept = static_cast<Item*>(m_memory->allocate(count * sizeof(Item), alignof(Item)));
+        std::uninitialized_copy(
+            items.begin() + static_cast<std::ptrdiff_t>(start), items.end(), kept);
+        items.resize(start);
+        return {kept, count};
     }
 
     static JSONValue readLiteralOrNumber(std::string_view token)
@@ -140,6 +157,9 @@ private:
     }
 
     std::pmr::memory_resource* m_memory;
+    // Of the objects and arrays that are still open, one behind the other.
+    std::vector<JSONMember> m_members;
+    std::vector<JSONValue> m_elements;
 };
 
 /// Line and column of a place in the text, counted from 1; columns are bytes.

@@ -24,6 +24,9 @@ public:
     /// Starts as if `depth` objects or arrays were already open around the text.
     explicit JSONEncoder(std::size_t depth = 0);
 
+    /// Makes room for a text of about that many bytes, so that a large one is not copied while it grows.
+    void reserve(std::size_t bytes) { m_text.reserve(bytes); }
+
     void encode(std::string_view text);
     void encode(const char* text) { encode(std::string_view(text)); }
     void encode(const std::string& text) { encode(std::string_view(text)); }

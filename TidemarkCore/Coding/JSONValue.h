@@ -1,9 +1,8 @@
 #pragma once
 
-#include <memory_resource>
+#include <cstddef>
 #include <string_view>
 #include <variant>
-#include <vector>
 
 namespace tidemark {
 
@@ -15,8 +14,19 @@ struct JSONNumber {
     std::string_view text;
 };
 
-using JSONArray = std::pmr::vector<JSONValue>;
-using JSONObject = std::pmr::vector<JSONMember>;
+/// The elements or members of a value, in their order. Small, since large documents hold very many.
+template <typename Item>
+struct JSONItems {
+    const Item* first = nullptr;
+    std::size_t count = 0;
+
+    const Item* begin() const { return first; }
+    const Item* end() const { return first + count; }
+    std::size_t size() const { return count; }
+};
+
+using JSONArray = JSONItems<JSONValue>;
+using JSONObject = JSONItems<JSONMember>;
 
 /// One value of a JSON text (RFC 8259). It points into the JSONDocument it belongs to.
 struct JSONValue {

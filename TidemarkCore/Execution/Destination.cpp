@@ -8,36 +8,64 @@ namespace tidemark {
 
 std::optional<Destination> Destination::of(const PlannedAction& action)
 {
-    using Op = JournalEntry::Op;
-    const FileURL& source = action.source;
-    const std::string sourceName(source.lastPathComponent());
+    const auto [sourceFolder, sourceName] = at(action.source.path());
     return std::visit(
         Overloaded{
-            [&](const SweepAction::Move& move) -> std::optional<Destination> {
-                return Destination{Op::move, move.to, sourceName};
+            [&, name = sourceName](const SweepAction::Move& move) -> std::optional<Destination> {
+                return Destination{move.to.path(), name};
             },
-            [&](const SweepAction::Archive& archive) -> std::optional<Destination> {
-                return Destination{Op::archive, archive.to, sourceName};
+            [&, name = sourceName](
+                const SweepAction::Archive& archive) -> std::optional<Destination> {
+                return Destination{archive.to.path(), name};
             },
             [](const SweepAction::Trash&) -> std::optional<Destination> { return std::nullopt; },
-            [&](const SweepAction::Rename& rename) -> std::optional<Destination> {
-                return Destination{Op::rename, source.parent(), rename.to};
+            [&, folder = sourceFolder](
+                const SweepAction::Rename& rename) -> std::optional<Destination> {
+                return Destination{folder, rename.to};
             },
             [](const SweepAction::FileInto& into) -> std::optional<Destination> {
-                return Destination{Op::move, into.folder, into.renamedTo};
+                return Destination{into.folder.path(), into.renamedTo};
             },
         },
         action.action.value);
 }
 
+Destination Destination::at(std::string_view path)
+{
+    const std::size_t slash = path.rfind('/');
+    return {slash == 0 ? path.substr(0, 1) : path.substr(0, slash), path.substr(slash + 1)};
+}
+
 FileURL Destination::prepare(FileManager& fileManager) const
 {
+    const FileURL folderURL = FileURL::directory(std::string(folder));
+    return folderURL.appending(prepare([&] { fileManager.createDirectory(folderURL); },
+        [&](std::string_view candidate) {
+            return fileManager.fileExists(folderURL.appending(candidate));
+        }));
+}
+
+std::string Destination::prepare(const std::function<void()>& makeFolder,
+    const std::function<bool(std::string_view)>& isTaken) const
+{
     if (!isFileName(name))
-        throw std::filesystem::filesystem_error("not a file name", folder.path(), name,
-            std::make_error_code(std::errc::invalid_argument));
-    fileManager.createDirectory(folder);
-    return UniqueName::firstFree(
-        folder, name, [&](const FileURL& place) { return fileManager.fileExists(place); });
+        throw std::filesystem::filesystem_error("not a file name", std::string(folder),
+            std::string(name), std::make_error_code(std::errc::invalid_argument));
+    makeFolder();
+    return UniqueName::firstFree(name, isTaken);
+}
+
+JournalEntry::Op opOf(const PlannedAction& action)
+{
+    using Op = JournalEntry::Op;
+    return std::visit(Overloaded{
+                          [](const SweepAction::Move&) { return Op::move; },
+                          [](const SweepAction::Archive&) { return Op::archive; },
+                          [](const SweepAction::Trash&) { return Op::trash; },
+                          [](const SweepAction::Rename&) { return Op::rename; },
+                          [](const SweepAction::FileInto&) { return Op::move; },
+                      },
+        action.action.value);
 }
 
 }  // namespace tidemark

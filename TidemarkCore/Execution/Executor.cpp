@@ -56,7 +56,7 @@ void Executor::journalThenMove(
     const PlannedAction& action, const Destination& wanted, JournalWriter& journal, Date now)
 {
     const FileURL place = wanted.prepare(*m_fileManager);
-    journal.append(JournalEntry::between(wanted.op, action.source, place, now));
+    journal.append(JournalEntry::between(opOf(action), action.source, place, now));
     journal.save();
     m_fileManager->moveItem(action.source, place);
 
@@ -104,10 +104,7 @@ void Executor::restore(const JournalEntry& entry, UndoObserver& observer)
         observer.didFindGone(entry);
         return;
     }
-    const FileURL before(entry.from);
-    const Destination wayBack{
-        .folder = before.parent(), .name = std::string(before.lastPathComponent())};
-    const FileURL place = wayBack.prepare(*m_fileManager);
+    const FileURL place = Destination::at(entry.from).prepare(*m_fileManager);
     m_fileManager->moveItem(now, place);
     observer.didRestore(entry, place);
 }

@@ -1,44 +1,53 @@
 #include "Rehearsal.h"
 
 #include "Destination.h"
-#include "ImaginedFileManager.h"
+#include "ImaginedDisk.h"
 
-namespace tidemark::Rehearsal {
+namespace tidemark {
 
-namespace {
-
-std::optional<FileURL> perform(const PlannedAction& action, ImaginedFileManager& disk)
+Rehearsal::Rehearsal(SweepPlan plan, FileManager& fileManager)
+    : m_plan(std::move(plan))
 {
-    const auto wanted = Destination::of(action);
-    if (!wanted) {
-        disk.trashItem(action.source);
-        return std::nullopt;
+    ImaginedDisk disk(fileManager, m_plan);
+    m_outcomes.reserve(m_plan.actions.size());
+    for (std::size_t action = 0; action < m_plan.actions.size(); ++action) {
+        if (!disk.isThere(action))
+            continue;
+        Outcome& outcome = m_outcomes.emplace_back();
+        outcome.action = static_cast<std::uint32_t>(action);
+        try {
+            rehearse(action, disk, outcome);
+        } catch (const std::filesystem::filesystem_error& error) {
+            outcome.obstacle = error.code();
+        }
     }
-    FileURL place = wanted->prepare(disk);
-    disk.moveItem(action.source, place);
-    return place;
 }
 
-}  // namespace
-
-std::vector<RehearsedAction> rehearse(SweepPlan plan, FileManager& fileManager)
+void Rehearsal::rehearse(std::size_t action, ImaginedDisk& disk, Outcome& outcome) const
 {
-    ImaginedFileManager disk(fileManager);
-    std::vector<RehearsedAction> result;
-    result.reserve(plan.actions.size());
-    for (PlannedAction& action : plan.actions) {
-        RehearsedAction rehearsed;
-        try {
-            if (!disk.fileExists(action.source))
-                continue;
-            rehearsed.destination = perform(action, disk);
-        } catch (const std::filesystem::filesystem_error& error) {
-            rehearsed.obstacle = error.code().message();
-        }
-        rehearsed.planned = std::move(action);
-        result.push_back(std::move(rehearsed));
+    const auto wanted = Destination::of(m_plan.actions[action]);
+    if (wanted) {
+        std::string name = wanted->prepare([&] { disk.makeFolder(wanted->folder); },
+            [&](std::string_view candidate) { return disk.isTaken(wanted->folder, candidate); });
+        disk.take(wanted->folder, name);
+        if (name != wanted->name)
+            outcome.newName = std::move(name);
+    }
+    disk.leave(action);
+}
+
+RehearsedAction Rehearsal::operator[](std::size_t index) const
+{
+    const Outcome& outcome = m_outcomes[index];
+    RehearsedAction result{m_plan.actions[outcome.action], std::nullopt, std::nullopt};
+    if (outcome.obstacle) {
+        result.obstacle = outcome.obstacle.message();
+    } else if (const auto wanted = Destination::of(result.planned)) {
+        const FileURL folder = FileURL::directory(std::string(wanted->folder));
+        result.destination
+            = folder.appending(outcome.newName.empty() ? wanted->name : outcome.newName);
     }
     return result;
 }
 
-}  // namespace tidemark::Rehearsal
+}  // namespace tidemark

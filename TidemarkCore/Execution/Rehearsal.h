@@ -3,27 +3,48 @@
 #include "FileManager.h"
 #include "SweepPlan.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace tidemark {
 
-/// What an action of a plan would come to.
+class ImaginedDisk;
+
+/// What an action of a plan would come to. Valid as long as its Rehearsal.
 struct RehearsedAction {
-    PlannedAction planned;
-    std::optional<FileURL> destination;  ///< Absent for a file that goes to the Trash.
+    const PlannedAction& planned;
+    std::optional<FileURL> destination;   ///< Absent for a file that goes to the Trash.
     std::optional<std::string> obstacle;  ///< Why the action would fail, as far as can be told.
 };
 
-/// Goes through a plan without changing anything.
-namespace Rehearsal {
+/// A plan, gone through without changing anything: the actions that Executor::apply would take, with the very
+/// places it would choose. Names that earlier actions take or free are counted in; a file that an earlier
+/// action moves away is left out.
+class Rehearsal {
+public:
+    /// The plan's files are taken to exist: it has just been made from them. Never throws but for want of
+    /// memory.
+    Rehearsal(SweepPlan plan, FileManager& fileManager);
 
-/// The actions that Executor::apply would take, with the very places it would choose: names that earlier
-/// actions take or free are counted in. A file that is gone, or that an earlier action moves away, is left
-/// out. Never throws but for want of memory.
-std::vector<RehearsedAction> rehearse(SweepPlan plan, FileManager& fileManager);
+    std::size_t size() const { return m_outcomes.size(); }
+    RehearsedAction operator[](std::size_t index) const;
 
-}  // namespace Rehearsal
+private:
+    /// Small, since there is one for each file: places are put together when they are asked for.
+    struct Outcome {
+        std::uint32_t action = 0;  // its number in the plan
+        std::error_code obstacle;
+        std::string newName;  // where the wanted one is taken
+    };
+
+    void rehearse(std::size_t action, ImaginedDisk& disk, Outcome& outcome) const;
+
+    SweepPlan m_plan;
+    std::vector<Outcome> m_outcomes;
+};
 
 }  // namespace tidemark

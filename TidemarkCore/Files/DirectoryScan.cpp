@@ -3,28 +3,36 @@
 #include "NameOrder.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 
 namespace tidemark::DirectoryScan {
 
 namespace {
 
-void sortByName(std::vector<DirectoryEntry>& entries)
+/// The indices of `entries` in the order of their names.
+std::vector<std::uint32_t> orderByName(const std::vector<DirectoryEntry>& entries)
 {
-    struct Keyed {
-        std::string key;
-        DirectoryEntry entry;
+    struct Key {
+        std::size_t start = 0;
+        std::uint32_t size = 0;
+        std::uint32_t entry = 0;
     };
     const NameOrder order;
-    std::vector<Keyed> keyed;
-    keyed.reserve(entries.size());
-    for (DirectoryEntry& entry : entries) {
-        std::string key = order.sortKey(entry.name);
-        keyed.push_back({std::move(key), std::move(entry)});
+    std::string bytes;  // of all keys, one behind the other: for many files this is much less memory
+    std::vector<Key> keys;
+    keys.reserve(entries.size());
+    for (const DirectoryEntry& entry : entries) {
+        const std::size_t start = bytes.size();
+        order.appendSortKey(entry.name, bytes);
+        keys.push_back({start, static_cast<std::uint32_t>(bytes.size() - start),
+            static_cast<std::uint32_t>(keys.size())});
     }
-    std::ranges::stable_sort(keyed, {}, &Keyed::key);
-    std::ranges::transform(
-        keyed, entries.begin(), [](Keyed& each) { return std::move(each.entry); });
+    std::ranges::stable_sort(keys, {},
+        [&](const Key& key) { return std::string_view(bytes).substr(key.start, key.size); });
+    std::vector<std::uint32_t> sorted(keys.size());
+    std::ranges::transform(keys, sorted.begin(), &Key::entry);
+    return sorted;
 }
 
 }  // namespace
@@ -38,13 +46,14 @@ std::vector<FileInfo> files(const FileURL& folder, FileManager& fileManager)
 {
     std::vector<DirectoryEntry> entries = fileManager.contentsOfDirectory(folder);
     std::erase_if(entries, [](const DirectoryEntry& entry) { return !isSweepable(entry.facts); });
-    sortByName(entries);
 
     std::vector<FileInfo> infos;
     infos.reserve(entries.size());
-    for (const DirectoryEntry& entry : entries)
+    for (const std::uint32_t index : orderByName(entries)) {
+        const DirectoryEntry& entry = entries[index];
         infos.push_back(
             FileInfo::withFacts(fileManager, folder.appending(entry.name), entry.facts));
+    }
     return infos;
 }
 

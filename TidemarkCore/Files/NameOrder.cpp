@@ -47,7 +47,7 @@ NameOrder::NameOrder()
 
 NameOrder::~NameOrder() = default;
 
-std::string NameOrder::sortKey(std::string_view name) const
+void NameOrder::appendSortKey(std::string_view name, std::string& keys) const
 {
     // A name has at most 255 bytes, so at most as many UTF-16 units; longer ones take the slow road.
     std::array<UChar, 256> fixed;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below
@@ -70,12 +70,14 @@ std::string NameOrder::sortKey(std::string_view name) const
     std::array<uint8_t, 512> buffer;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below
     const int32_t needed = ucol_getSortKey(m_collator->handle, text, length, buffer.data(),
         static_cast<int32_t>(buffer.size()));
-    if (needed <= static_cast<int32_t>(buffer.size()))
-        return {reinterpret_cast<const char*>(buffer.data()), static_cast<std::size_t>(needed)};
-    std::string key(static_cast<std::size_t>(needed), '\0');
+    if (needed <= static_cast<int32_t>(buffer.size())) {
+        keys.append(reinterpret_cast<const char*>(buffer.data()), static_cast<std::size_t>(needed));
+        return;
+    }
+    const std::size_t before = keys.size();
+    keys.resize(before + static_cast<std::size_t>(needed));
     ucol_getSortKey(
-        m_collator->handle, text, length, reinterpret_cast<uint8_t*>(key.data()), needed);
-    return key;
+        m_collator->handle, text, length, reinterpret_cast<uint8_t*>(keys.data() + before), needed);
 }
 
 }  // namespace tidemark

@@ -17,9 +17,9 @@ public:
     NameOrder(const NameOrder&) = delete;
     NameOrder& operator=(const NameOrder&) = delete;
 
-    /// A byte string that sorts as the name does; equal for names that the order cannot tell apart, such
-    /// as the composed and the decomposed form of a letter. `name` is valid UTF-8.
-    std::string sortKey(std::string_view name) const;
+    /// Appends a byte string that sorts as the name does to `keys`; it is equal for names that the order
+    /// cannot tell apart, such as the composed and the decomposed form of a letter. `name` is valid UTF-8.
+    void appendSortKey(std::string_view name, std::string& keys) const;
 
 private:
     struct Collator;

@@ -13,12 +13,12 @@ std::string numbered(std::string_view name, unsigned long counter)
     return result;
 }
 
-FileURL firstFree(const FileURL& folder, std::string_view name,
-    const std::function<bool(const FileURL&)>& isTaken)
+std::string firstFree(
+    std::string_view name, const std::function<bool(std::string_view)>& isTaken)
 {
-    FileURL candidate = folder.appending(name);
+    std::string candidate(name);
     for (unsigned long counter = 2; isTaken(candidate); ++counter)
-        candidate = folder.appending(numbered(name, counter));
+        candidate = numbered(name, counter);
     return candidate;
 }
 

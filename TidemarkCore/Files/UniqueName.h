@@ -1,7 +1,5 @@
 #pragma once
 
-#include "FileURL.h"
-
 #include <functional>
 #include <string>
 #include <string_view>
@@ -15,10 +13,9 @@ namespace UniqueName {
 /// `name` with `counter`, which starts at 2, before its extension.
 std::string numbered(std::string_view name, unsigned long counter);
 
-/// The first of `name`, `name` 2, `name` 3 ... in `folder` at which `isTaken` says nothing stands. What
-/// `isTaken` throws passes through.
-FileURL firstFree(const FileURL& folder, std::string_view name,
-    const std::function<bool(const FileURL&)>& isTaken);
+/// The first of `name`, `name` 2, `name` 3 ... that `isTaken` denies. What it throws passes through.
+std::string firstFree(
+    std::string_view name, const std::function<bool(std::string_view)>& isTaken);
 
 }  // namespace UniqueName
 

@@ -30,6 +30,7 @@ SweepPlan plan(std::vector<FileInfo> files, const std::vector<Rule>& rules, Date
 {
     const TimeZone timeZone = TimeZone::current();
     SweepPlan result;
+    result.actions.reserve(files.size());
     for (FileInfo& file : files) {
         const Rule* rule = firstMatchingRule(rules, file, now);
         if (rule == nullptr)

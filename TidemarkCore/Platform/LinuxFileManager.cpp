@@ -46,7 +46,10 @@ std::string readUpTo(
     std::size_t maxBytes, std::size_t expected, const FileDescriptor& file, const FileURL& url)
 {
     constexpr std::size_t step = 64 * 1024;
+    // A little more room than content: parsers want to read past the end without a copy.
+    constexpr std::size_t padding = 128;
     std::string content;
+    content.reserve(std::min(expected, maxBytes) + padding);
     std::size_t size = 0;
     while (size < maxBytes) {
         // One byte more than expected, so that the end shows without another round.

@@ -52,8 +52,11 @@ void SettingsStore::replaceUnreadableFile(std::string_view text) const
     std::string time = formatISO8601(m_clock->now());
     std::erase_if(time, [](char character) { return character == '-' || character == ':'; });
     const std::string name = std::string(m_url.lastPathComponent()) + ".unreadable-" + time;
-    const FileURL aside = UniqueName::firstFree(m_url.parent(), name,
-        [this](const FileURL& candidate) { return m_fileManager->fileExists(candidate); });
+    const FileURL folder = m_url.parent();
+    const FileURL aside
+        = folder.appending(UniqueName::firstFree(name, [&](std::string_view candidate) {
+              return m_fileManager->fileExists(folder.appending(candidate));
+          }));
 
     m_fileManager->moveItem(m_url, aside);
     try {

@@ -43,7 +43,7 @@ SweepRecord SweepController::sweep(const Settings& settings, Date now, SweepObse
     return m_engine.sweep(effectiveFolders(settings), settings.gracePeriod, now, now, observer);
 }
 
-std::vector<RehearsedAction> SweepController::preview(Date now, SweepObserver* observer)
+Rehearsal SweepController::preview(Date now, SweepObserver* observer)
 {
     return m_engine.rehearse(effectiveFolders(m_settings), m_settings.gracePeriod, now, observer);
 }

@@ -46,7 +46,7 @@ public:
 
     /// What a sweep would do, whether or not sweeping is paused; changes nothing. Throws what the scan of
     /// any folder throws.
-    std::vector<RehearsedAction> preview(Date now, SweepObserver* observer = nullptr);
+    Rehearsal preview(Date now, SweepObserver* observer = nullptr);
 
     /// Executor::undoLastSweep.
     std::optional<SweepRecord> undoLast(Date now, UndoObserver* observer = nullptr);

@@ -24,10 +24,10 @@ SweepRecord SweepEngine::sweep(const std::vector<WatchedFolder>& folders, Second
     return m_executor.apply(joined, startedAt, now, observer);
 }
 
-std::vector<RehearsedAction> SweepEngine::rehearse(const std::vector<WatchedFolder>& folders,
+Rehearsal SweepEngine::rehearse(const std::vector<WatchedFolder>& folders,
     Seconds gracePeriod, Date now, SweepObserver* observer)
 {
-    return Rehearsal::rehearse(plan(folders, gracePeriod, now, observer), *m_fileManager);
+    return {plan(folders, gracePeriod, now, observer), *m_fileManager};
 }
 
 SweepPlan SweepEngine::plan(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,

@@ -29,7 +29,7 @@ public:
         SweepObserver* observer = nullptr);
 
     /// What `sweep` would do, to the exact places; changes nothing. Throws what the scan of any folder throws.
-    std::vector<RehearsedAction> rehearse(const std::vector<WatchedFolder>& folders,
+    Rehearsal rehearse(const std::vector<WatchedFolder>& folders,
         Seconds gracePeriod, Date now, SweepObserver* observer = nullptr);
 
     /// The plan for the files of one folder, without those that are not stable yet. Never fails.

@@ -11,8 +11,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-
 namespace tidemark {
 
 namespace {
@@ -38,10 +36,11 @@ FileRow rowFor(const RehearsedAction& action, const PeopleText& people)
 
 std::string summaryOf(const PreviewReport& report)
 {
-    const auto obstacles = static_cast<std::size_t>(std::ranges::count_if(
-        report.actions, [](const RehearsedAction& action) { return action.obstacle.has_value(); }));
+    std::size_t obstacles = 0;
+    for (std::size_t index = 0; index < report.rehearsal.size(); ++index)
+        obstacles += report.rehearsal[index].obstacle ? 1U : 0U;
     std::string text =
-        PeopleText::count(report.actions.size() - obstacles, "file") + " would be moved";
+        PeopleText::count(report.rehearsal.size() - obstacles, "file") + " would be moved";
     if (obstacles > 0)
         text += ", " + PeopleText::number(obstacles) + " could not be";
     return text + '.';
@@ -50,8 +49,8 @@ std::string summaryOf(const PreviewReport& report)
 void printActions(const PreviewReport& report, TextPrinter& printer)
 {
     printFileTable(
-        report.actions.size(),
-        [&](std::size_t index) { return rowFor(report.actions[index], printer.people()); },
+        report.rehearsal.size(),
+        [&](std::size_t index) { return rowFor(report.rehearsal[index], printer.people()); },
         printer);
     printer.printLine();
     printer.print(summaryOf(report), Emphasis::strong);
@@ -66,7 +65,7 @@ void print(const PreviewReport& report)
             + std::string{hints::resume});
         printer.printLine();
     }
-    if (!report.actions.empty())
+    if (report.rehearsal.size() > 0)
         printActions(report, printer);
     else
         printer.printLine(report.watchesFolders ? hints::nothingToSweep : hints::addFolder);

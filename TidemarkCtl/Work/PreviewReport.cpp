@@ -6,7 +6,7 @@ namespace {
 
 /// In the form of the document, where paths are plain.
 struct ActionDocument {
-    const RehearsedAction& action;
+    RehearsedAction action;
 
     void encode(JSONEncoder& encoder) const
     {
@@ -29,8 +29,8 @@ void PreviewReport::encode(JSONEncoder& encoder, const std::function<void()>& di
 {
     encoder.object([&] {
         encoder.memberArray("actions", [&] {
-            for (const RehearsedAction& action : actions) {
-                encoder.element(ActionDocument{action});
+            for (std::size_t index = 0; index < rehearsal.size(); ++index) {
+                encoder.element(ActionDocument{rehearsal[index]});
                 didEncode();
             }
         });
@@ -43,7 +43,7 @@ PreviewReport previewSweep(Workspace& workspace, Date now, SweepObserver& observ
     SweepController& controller = workspace.controller();
     return {.isPaused = controller.isPaused(),
         .watchesFolders = !controller.settings().folders.empty(),
-        .actions = controller.preview(now, &observer)};
+        .rehearsal = controller.preview(now, &observer)};
 }
 
 }  // namespace tidemark

@@ -4,7 +4,6 @@
 #include "Workspace.h"
 
 #include <functional>
-#include <vector>
 
 namespace tidemark {
 
@@ -12,7 +11,7 @@ namespace tidemark {
 struct PreviewReport {
     bool isPaused = false;
     bool watchesFolders = false;  ///< Else there is nothing to look through.
-    std::vector<RehearsedAction> actions;
+    Rehearsal rehearsal;
 
     /// `didEncode` is called after each action, so that a long text can be passed on piece by piece.
     void encode(JSONEncoder& encoder, const std::function<void()>& didEncode) const;

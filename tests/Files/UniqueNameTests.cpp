@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <string>
 
 using namespace tidemark;
 
@@ -35,14 +36,15 @@ TEST(UniqueName, TakesTheFirstNameThatIsFree)
         const char* expected;
     };
     for (const Row& row : {
-             Row{"free", {}, "/f/a.png"},
-             Row{"taken", {"/f/a.png"}, "/f/a 2.png"},
-             Row{"taken twice", {"/f/a.png", "/f/a 2.png"}, "/f/a 3.png"},
-             Row{"a gap", {"/f/a.png", "/f/a 3.png"}, "/f/a 2.png"},
-             Row{"only a numbered one", {"/f/a 2.png"}, "/f/a.png"},
+             Row{"free", {}, "a.png"},
+             Row{"taken", {"a.png"}, "a 2.png"},
+             Row{"taken twice", {"a.png", "a 2.png"}, "a 3.png"},
+             Row{"a gap", {"a.png", "a 3.png"}, "a 2.png"},
+             Row{"only a numbered one", {"a 2.png"}, "a.png"},
          }) {
-        const FileURL place = UniqueName::firstFree(FileURL("/f"), "a.png",
-            [&](const FileURL& url) { return row.taken.contains(url.path()); });
-        EXPECT_EQ(place.path(), row.expected) << row.name;
+        const std::string name = UniqueName::firstFree("a.png", [&](std::string_view candidate) {
+            return row.taken.contains(std::string(candidate));
+        });
+        EXPECT_EQ(name, row.expected) << row.name;
     }
 }

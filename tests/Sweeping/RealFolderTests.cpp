@@ -158,8 +158,9 @@ TEST_F(RealFolderTest, APreviewForetellsEveryPlaceAndChangesNothing)
     const Date inFortyDays = fortyDaysFromNow();
 
     std::vector<std::string> foretold;
-    for (const RehearsedAction& action : sweeper.preview(inFortyDays))
-        foretold.push_back(action.destination.value().path());
+    const Rehearsal rehearsal = sweeper.preview(inFortyDays);
+    for (std::size_t index = 0; index < rehearsal.size(); ++index)
+        foretold.push_back(rehearsal[index].destination.value().path());
     EXPECT_EQ(fingerprints(), before);
     EXPECT_FALSE(m_home.holds("support/journal.json"));
 

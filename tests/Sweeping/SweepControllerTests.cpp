@@ -159,7 +159,7 @@ TEST(SweepController, PreviewsWhatASweepWouldDoEvenWhilePaused)
     settings.isPaused = true;
     controller.update(settings);
 
-    const auto preview = controller.preview(now);
+    const Rehearsal preview = controller.preview(now);
 
     ASSERT_EQ(preview.size(), 1U);
     EXPECT_EQ(preview[0].destination, FileURL("/out/a 2"));

@@ -182,8 +182,9 @@ TEST_F(SweepEngineTest, RehearsesThePlacesThatTheSweepThenUses)
         watched("/one", {movingTo("/out")}), watched("/two", {movingTo("/out")})};
 
     std::vector<std::string> foretold;
-    for (const RehearsedAction& action : engineOn(m_disk).rehearse(folders, Seconds(60), now))
-        foretold.push_back(action.destination.value().path());
+    const Rehearsal rehearsal = engineOn(m_disk).rehearse(folders, Seconds(60), now);
+    for (std::size_t index = 0; index < rehearsal.size(); ++index)
+        foretold.push_back(rehearsal[index].destination.value().path());
 
     EXPECT_THAT(foretold, ElementsAre("/out/a 2", "/out/a 3"));
     EXPECT_EQ(destinations(sweep(folders)), foretold);

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "FileManager.h"
+#include "SweepPlan.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace tidemark {
+
+/// The disk as it would be after moves that are only imagined.
+///
+/// What exists is asked of the real one; the folders that would be made, the names that would be taken and
+/// those that the plan's files would leave are remembered here. Nothing is changed. For one thread.
+class ImaginedDisk {
+public:
+    /// Both outlive it. The plan's files are taken to exist: it has just been made from them.
+    ImaginedDisk(FileManager& real, const SweepPlan& plan);
+
+    /// Whether anything would stand at `name` in the folder with this path.
+    bool isTaken(std::string_view folder, std::string_view name);
+
+    /// Makes a folder with every missing parent. Throws filesystem_error when something else is in the way.
+    void makeFolder(std::string_view path);
+
+    /// Whether the file of action number `action` is still at its place.
+    bool isThere(std::size_t action) const;
+
+    /// That file leaves its place.
+    void leave(std::size_t action) { m_hasLeft[action] = true; }
+
+    /// A file comes to stand at `name` in the folder with this path.
+    void take(std::string_view folder, std::string_view name);
+
+private:
+    struct Hash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view text) const
+        {
+            return std::hash<std::string_view>()(text);
+        }
+    };
+    using Names = std::unordered_set<std::string, Hash, std::equal_to<>>;
+
+    struct Folder {
+        bool exists = false;        // really, or made here
+        bool isImagined = false;    // made here: nothing real can stand in it
+        bool holdsSources = false;  // of the plan
+        Names taken;
+    };
+
+    Folder& folderAt(std::string_view path);
+    bool hasLeft(std::string_view path) const;
+    const std::string& joined(std::string_view folder, std::string_view name);
+
+    FileManager* m_real;
+    const SweepPlan* m_plan;
+    std::vector<std::uint32_t> m_bySource;  // the actions' numbers, sorted by the paths of their files
+    std::vector<bool> m_hasLeft;            // by action
+    std::unordered_map<std::string, Folder, Hash, std::equal_to<>> m_folders;
+    std::string m_path;  // kept, since it is built for every question
+};
+
+}  // namespace tidemark
