@@ -5,8 +5,8 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cctype>
+#include <charconv>
 
 namespace tidemark {
 
@@ -14,7 +14,8 @@ namespace {
 
 const char* nameOfType(const JSONValue& value)
 {
-    static constexpr std::array names{"null", "a boolean", "a number", "a string", "an array", "an object"};
+    static constexpr std::array names{
+        "null", "a boolean", "a number", "a string", "an array", "an object"};
     return names.at(value.value.index());
 }
 
@@ -117,7 +118,8 @@ QUuid JSONDecoder::uuid() const
     constexpr std::string_view shape = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
     const std::string_view text = stringView();
     const auto fits = [](char character, char wanted) {
-        return wanted == '-' ? character == '-' : std::isxdigit(static_cast<unsigned char>(character)) != 0;
+        return wanted == '-' ? character == '-'
+                             : std::isxdigit(static_cast<unsigned char>(character)) != 0;
     };
     if (!std::equal(text.begin(), text.end(), shape.begin(), shape.end(), fits))
         fail("expected a UUID, found " + quoted(text));

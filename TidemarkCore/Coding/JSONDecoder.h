@@ -31,8 +31,8 @@ public:
     std::string_view stringView() const;  ///< Valid as long as the document.
     double number() const;
     bool boolean() const;
-    Date date() const;      ///< An ISO 8601 string.
-    QUuid uuid() const;     ///< A string of the canonical 36 characters.
+    Date date() const;  ///< An ISO 8601 string.
+    QUuid uuid() const;  ///< A string of the canonical 36 characters.
     FileURL fileURL() const;  ///< A file URL string.
     std::vector<JSONDecoder> elements() const;
 

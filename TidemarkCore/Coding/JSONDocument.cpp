@@ -12,7 +12,6 @@
 #include <memory_resource>
 #include <vector>
 
-
 namespace tidemark {
 
 namespace {
@@ -31,7 +30,13 @@ public:
 
     JSONValue read(simdjson::ondemand::document& document)
     {
-        JSONValue root = readRoot(document);
+        bool isScalar = false;
+        if (const auto error = document.is_scalar().get(isScalar))
+            throw simdjson::simdjson_error(error);
+        // No file of ours is a scalar, so what follows one does not matter.
+        if (isScalar)
+            return readRootScalar(document);
+        JSONValue root = readValue(document.get_value(), 1);
         const char* rest = nullptr;
         if (document.current_location().get(rest) == simdjson::SUCCESS)
             throw simdjson::simdjson_error(simdjson::TRAILING_CONTENT);
@@ -39,16 +44,6 @@ public:
     }
 
 private:
-    JSONValue readRoot(simdjson::ondemand::document& document)
-    {
-        bool isScalar = false;
-        if (const auto error = document.is_scalar().get(isScalar))
-            throw simdjson::simdjson_error(error);
-        if (isScalar)
-            return readRootScalar(document);
-        return readValue(document.get_value(), 1);
-    }
-
     static JSONValue readRootScalar(simdjson::ondemand::document& document)
     {
         if (document.type() == simdjson::ondemand::json_type::string)
@@ -194,8 +189,8 @@ std::string positionOf(
         return {};
     if (error.error() == simdjson::UTF8_ERROR)
         return positionOf(firstInvalidLine(text), text);
-    const std::size_t offset
-        = place == nullptr ? text.size() : static_cast<std::size_t>(place - text.data());
+    const std::size_t offset =
+        place == nullptr ? text.size() : static_cast<std::size_t>(place - text.data());
     return positionOf(std::min(offset, text.size()), text);
 }
 
@@ -262,8 +257,17 @@ JSONDocument::JSONDocument(JSONDocument&&) noexcept = default;
 JSONDocument& JSONDocument::operator=(JSONDocument&&) noexcept = default;
 JSONDocument::~JSONDocument() = default;
 
-JSONDecoder JSONDocument::root() const { return {*this, m_content->root}; }
-const std::string& JSONDocument::file() const { return m_content->file; }
-const JSONValue& JSONDocument::rootValue() const { return m_content->root; }
+JSONDecoder JSONDocument::root() const
+{
+    return {*this, m_content->root};
+}
+const std::string& JSONDocument::file() const
+{
+    return m_content->file;
+}
+const JSONValue& JSONDocument::rootValue() const
+{
+    return m_content->root;
+}
 
 }  // namespace tidemark

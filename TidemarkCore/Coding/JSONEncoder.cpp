@@ -1,5 +1,7 @@
 #include "JSONEncoder.h"
 
+#include "Text.h"
+
 #include <algorithm>
 #include <array>
 #include <cassert>
@@ -61,6 +63,8 @@ JSONEncoder::JSONEncoder(std::size_t depth)
 
 void JSONEncoder::encode(std::string_view text)
 {
+    if (!isValidUTF8(text))
+        throw std::invalid_argument("JSON cannot hold text that is not valid UTF-8");
     m_text += '"';
     while (!text.empty()) {
         const auto plain = static_cast<std::size_t>(

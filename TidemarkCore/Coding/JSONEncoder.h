@@ -18,7 +18,8 @@ namespace tidemark {
 /// keys, slashes and non-ASCII characters as they are, an empty line between the brackets of an empty array
 /// or object, no newline at the end.
 ///
-/// The caller gives an object's members in sorted order (asserted). All strings are valid UTF-8.
+/// The caller gives an object's members in sorted order (asserted). A string that is not valid UTF-8 throws
+/// std::invalid_argument: written once, it would make the whole file unreadable.
 class JSONEncoder {
 public:
     /// Starts as if `depth` objects or arrays were already open around the text.
@@ -31,18 +32,16 @@ public:
     void encode(const char* text) { encode(std::string_view(text)); }
     void encode(const std::string& text) { encode(std::string_view(text)); }
     void encode(bool value);
-    void encode(double value);  ///< Shortest form that reads back equal; throws std::domain_error unless finite.
+    void encode(double
+            value);  ///< Shortest form that reads back equal; throws std::domain_error unless finite.
     void encode(Date date);
     void encode(const QUuid& uuid);
     void encode(const FileURL& url);
     void encodeNull();
 
     template <typename Value>
-        requires requires(const Value& value, JSONEncoder& encoder) { value.encode(encoder); }
-    void encode(const Value& value)
-    {
-        value.encode(*this);
-    }
+    requires requires(const Value& value, JSONEncoder& encoder) { value.encode(encoder); }
+    void encode(const Value& value) { value.encode(*this); }
 
     template <typename Element>
     void encode(const std::vector<Element>& elements)

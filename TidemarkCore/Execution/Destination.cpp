@@ -49,8 +49,8 @@ std::string Destination::prepare(const std::function<void()>& makeFolder,
     const std::function<bool(std::string_view)>& isTaken) const
 {
     if (!isFileName(name))
-        throw std::filesystem::filesystem_error("not a file name", std::string(folder),
-            std::string(name), std::make_error_code(std::errc::invalid_argument));
+        throw std::filesystem::filesystem_error("cannot use the name", std::string(name),
+            std::make_error_code(std::errc::invalid_argument));
     makeFolder();
     return UniqueName::firstFree(name, isTaken);
 }

@@ -4,6 +4,12 @@
 
 namespace tidemark {
 
+/// A journal that was written by hand may name what no file system can hold.
+static bool canExist(std::string_view path)
+{
+    return path.starts_with('/') && path.find('\0') == std::string_view::npos;
+}
+
 Executor::Executor(JournalStore store, FileManager& fileManager)
     : m_store(std::move(store))
     , m_fileManager(&fileManager)
@@ -30,6 +36,11 @@ void Executor::performOrWithdraw(
     try {
         if (!m_fileManager->fileExists(action.source))
             return;
+    } catch (const std::filesystem::filesystem_error& error) {
+        observer.didFail(action, error);  // nothing was attempted, so there is nothing to withdraw
+        return;
+    }
+    try {
         perform(action, journal, now);
         observer.didPerform(journal.record().entries.back());
     } catch (const std::exception& error) {
@@ -73,9 +84,15 @@ void Executor::journalThenTrash(const FileURL& source, JournalWriter& journal, D
 {
     journal.append(JournalEntry::between(JournalEntry::Op::trash, source, source, now));
     journal.save();
-    if (const auto place = m_fileManager->trashItem(source)) {
-        journal.setLastDestination(place->path());
+    const auto place = m_fileManager->trashItem(source);
+    if (!place)
+        return;
+    journal.setLastDestination(place->path());
+    try {
         journal.save();
+    } catch (const std::filesystem::filesystem_error& error) {
+        throw std::filesystem::filesystem_error(
+            "trashed, but the journal could not be told the place", place->path(), error.code());
     }
 }
 
@@ -100,7 +117,7 @@ std::optional<SweepRecord> Executor::undoLastSweep(Date /*now*/, UndoObserver* o
 void Executor::restore(const JournalEntry& entry, UndoObserver& observer)
 {
     const FileURL now(entry.to);
-    if (!m_fileManager->fileExists(now)) {
+    if (!canExist(entry.to) || !m_fileManager->fileExists(now)) {
         observer.didFindGone(entry);
         return;
     }

@@ -36,8 +36,8 @@ public:
     std::optional<SweepRecord> undoLastSweep(Date now, UndoObserver* observer = nullptr);
 
 private:
-    void performOrWithdraw(const PlannedAction& action, JournalWriter& journal, Date now,
-        SweepObserver& observer);
+    void performOrWithdraw(
+        const PlannedAction& action, JournalWriter& journal, Date now, SweepObserver& observer);
     void perform(const PlannedAction& action, JournalWriter& journal, Date now);
     void journalThenMove(
         const PlannedAction& action, const Destination& wanted, JournalWriter& journal, Date now);

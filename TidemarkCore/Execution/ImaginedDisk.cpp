@@ -3,22 +3,21 @@
 #include "Destination.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace tidemark {
 
 ImaginedDisk::ImaginedDisk(FileManager& real, const SweepPlan& plan)
     : m_real(&real)
     , m_plan(&plan)
-    , m_bySource(plan.actions.size())
     , m_hasLeft(plan.actions.size())
 {
-    std::iota(m_bySource.begin(), m_bySource.end(), 0U);
-    std::ranges::stable_sort(m_bySource, {}, [&](std::uint32_t action) -> const std::string& {
-        return plan.actions[action].source.path();
-    });
-    for (const PlannedAction& action : plan.actions)
-        folderAt(Destination::at(action.source.path()).folder).holdsSources = true;
+    for (std::uint32_t action = 0; action < plan.actions.size(); ++action)
+        folderAt(Destination::at(plan.actions[action].source.path()).folder)
+            .sources.push_back(action);
+    for (auto& [path, folder] : m_folders) {
+        std::ranges::stable_sort(
+            folder.sources, {}, [this](std::uint32_t action) { return sourceName(action); });
+    }
 }
 
 bool ImaginedDisk::isTaken(std::string_view folder, std::string_view name)
@@ -26,9 +25,7 @@ bool ImaginedDisk::isTaken(std::string_view folder, std::string_view name)
     const Folder& known = folderAt(folder);
     if (known.taken.contains(name))
         return true;
-    if (known.holdsSources && hasLeft(joined(folder, name)))
-        return false;
-    return !known.isImagined && m_real->fileExists(FileURL(joined(folder, name)));
+    return !known.isImagined && !hasLeft(known, name) && existsReally(folder, name);
 }
 
 void ImaginedDisk::makeFolder(std::string_view path)
@@ -42,15 +39,16 @@ void ImaginedDisk::makeFolder(std::string_view path)
         take(parent, name);
         folderAt(path).isImagined = true;
     } else if (folderAt(parent).taken.contains(name) || !m_real->directoryExists(url)) {
-        throw std::filesystem::filesystem_error("cannot make a folder", url.path(),
-            std::make_error_code(std::errc::not_a_directory));
+        throw std::filesystem::filesystem_error(
+            "cannot make a folder", url.path(), std::make_error_code(std::errc::not_a_directory));
     }
     folderAt(path).exists = true;
 }
 
-bool ImaginedDisk::isThere(std::size_t action) const
+bool ImaginedDisk::isThere(std::size_t action)
 {
-    return !hasLeft(m_plan->actions[action].source.path());
+    const auto [folder, name] = Destination::at(m_plan->actions[action].source.path());
+    return !hasLeft(folderAt(folder), name);
 }
 
 void ImaginedDisk::take(std::string_view folder, std::string_view name)
@@ -60,25 +58,37 @@ void ImaginedDisk::take(std::string_view folder, std::string_view name)
 
 ImaginedDisk::Folder& ImaginedDisk::folderAt(std::string_view path)
 {
-    if (const auto known = m_folders.find(path); known != m_folders.end())
-        return known->second;
-    return m_folders.emplace(path, Folder()).first->second;
+    if (const auto known = m_spellings.find(path); known != m_spellings.end())
+        return *known->second;
+    std::string spelling(path);
+    std::string resolved = spelling;
+    try {
+        resolved = m_real->resolvingLinks(FileURL::directory(spelling)).path();
+    } catch (const std::filesystem::filesystem_error&) {
+        // A folder that cannot be searched says so when something is wanted in it.
+    }
+    Folder& folder = m_folders[std::move(resolved)];
+    m_spellings.emplace(std::move(spelling), &folder);
+    return folder;
 }
 
-bool ImaginedDisk::hasLeft(std::string_view path) const
+std::string_view ImaginedDisk::sourceName(std::uint32_t action) const
 {
-    const auto sourceOf = [&](std::uint32_t action) -> std::string_view {
-        return m_plan->actions[action].source.path();
-    };
-    const auto range = std::ranges::equal_range(m_bySource, path, {}, sourceOf);
-    return std::any_of(
-        range.begin(), range.end(), [&](std::uint32_t action) { return m_hasLeft[action]; });
+    return m_plan->actions[action].source.lastPathComponent();
 }
 
-const std::string& ImaginedDisk::joined(std::string_view folder, std::string_view name)
+bool ImaginedDisk::hasLeft(const Folder& folder, std::string_view name) const
+{
+    const auto range = std::ranges::equal_range(
+        folder.sources, name, {}, [this](std::uint32_t action) { return sourceName(action); });
+    return std::any_of(
+        range.begin(), range.end(), [this](std::uint32_t action) { return m_hasLeft[action]; });
+}
+
+bool ImaginedDisk::existsReally(std::string_view folder, std::string_view name)
 {
     m_path.assign(folder == "/" ? "" : folder).append("/").append(name);
-    return m_path;
+    return m_real->fileExists(FileURL(m_path));
 }
 
 }  // namespace tidemark

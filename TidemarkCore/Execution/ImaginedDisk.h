@@ -29,7 +29,7 @@ public:
     void makeFolder(std::string_view path);
 
     /// Whether the file of action number `action` is still at its place.
-    bool isThere(std::size_t action) const;
+    bool isThere(std::size_t action);
 
     /// That file leaves its place.
     void leave(std::size_t action) { m_hasLeft[action] = true; }
@@ -45,24 +45,27 @@ private:
             return std::hash<std::string_view>()(text);
         }
     };
+    template <typename Value>
+    using ByText = std::unordered_map<std::string, Value, Hash, std::equal_to<>>;
     using Names = std::unordered_set<std::string, Hash, std::equal_to<>>;
 
     struct Folder {
-        bool exists = false;        // really, or made here
-        bool isImagined = false;    // made here: nothing real can stand in it
-        bool holdsSources = false;  // of the plan
+        bool exists = false;  // really, or made here
+        bool isImagined = false;  // made here: nothing real can stand in it
         Names taken;
+        std::vector<std::uint32_t> sources;  // numbers of the actions whose files lie here, by name
     };
 
     Folder& folderAt(std::string_view path);
-    bool hasLeft(std::string_view path) const;
-    const std::string& joined(std::string_view folder, std::string_view name);
+    std::string_view sourceName(std::uint32_t action) const;
+    bool hasLeft(const Folder& folder, std::string_view name) const;
+    bool existsReally(std::string_view folder, std::string_view name);
 
     FileManager* m_real;
     const SweepPlan* m_plan;
-    std::vector<std::uint32_t> m_bySource;  // the actions' numbers, sorted by the paths of their files
-    std::vector<bool> m_hasLeft;            // by action
-    std::unordered_map<std::string, Folder, Hash, std::equal_to<>> m_folders;
+    std::vector<bool> m_hasLeft;  // by action
+    ByText<Folder> m_folders;  // by path without links: one folder may have several spellings
+    ByText<Folder*> m_spellings;
     std::string m_path;  // kept, since it is built for every question
 };
 

@@ -16,8 +16,9 @@ struct JournalEntry {
 
     Op op = Op::move;
     std::string from;  ///< The absolute path before.
-    std::string to;    ///< The absolute path after; `from` for a trashed file whose place is not known.
-    Date at;           ///< When the sweep took place; whole seconds are stored.
+    std::string
+        to;  ///< The absolute path after; `from` for a trashed file whose place is not known.
+    Date at;  ///< When the sweep took place; whole seconds are stored.
 
     static JournalEntry between(Op op, const FileURL& from, const FileURL& to, Date at);
 

@@ -34,10 +34,10 @@ public:
 private:
     const JournalStore* m_store;
     SweepRecord m_record;
-    std::string m_head;                // the text up to the record's entries
-    std::string m_entries;             // theirs
-    std::vector<std::size_t> m_ends;   // where each one's text ends in it
-    std::string m_tail;                // the text behind them
+    std::string m_head;  // the text up to the record's entries
+    std::string m_entries;  // theirs
+    std::vector<std::size_t> m_ends;  // where each one's text ends in it
+    std::string m_tail;  // the text behind them
 };
 
 }  // namespace tidemark

@@ -5,6 +5,15 @@
 
 namespace tidemark {
 
+/// The move would be refused: no file system of the kernel's takes longer names.
+static void requireFittingName(const std::string& name)
+{
+    constexpr std::size_t longestName = 255;  // bytes
+    if (name.size() > longestName)
+        throw std::filesystem::filesystem_error(
+            "cannot use the name", name, std::make_error_code(std::errc::filename_too_long));
+}
+
 Rehearsal::Rehearsal(SweepPlan plan, FileManager& fileManager)
     : m_plan(std::move(plan))
 {
@@ -17,8 +26,8 @@ Rehearsal::Rehearsal(SweepPlan plan, FileManager& fileManager)
         outcome.action = static_cast<std::uint32_t>(action);
         try {
             rehearse(action, disk, outcome);
-        } catch (const std::filesystem::filesystem_error& error) {
-            outcome.obstacle = error.code();
+        } catch (const std::filesystem::filesystem_error&) {
+            outcome.obstacle = std::current_exception();
         }
     }
 }
@@ -29,6 +38,7 @@ void Rehearsal::rehearse(std::size_t action, ImaginedDisk& disk, Outcome& outcom
     if (wanted) {
         std::string name = wanted->prepare([&] { disk.makeFolder(wanted->folder); },
             [&](std::string_view candidate) { return disk.isTaken(wanted->folder, candidate); });
+        requireFittingName(name);
         disk.take(wanted->folder, name);
         if (name != wanted->name)
             outcome.newName = std::move(name);
@@ -39,13 +49,12 @@ void Rehearsal::rehearse(std::size_t action, ImaginedDisk& disk, Outcome& outcom
 RehearsedAction Rehearsal::operator[](std::size_t index) const
 {
     const Outcome& outcome = m_outcomes[index];
-    RehearsedAction result{m_plan.actions[outcome.action], std::nullopt, std::nullopt};
-    if (outcome.obstacle) {
-        result.obstacle = outcome.obstacle.message();
-    } else if (const auto wanted = Destination::of(result.planned)) {
+    RehearsedAction result{m_plan.actions[outcome.action], std::nullopt, outcome.obstacle};
+    const auto wanted = Destination::of(result.planned);
+    if (wanted && !outcome.obstacle) {
         const FileURL folder = FileURL::directory(std::string(wanted->folder));
-        result.destination
-            = folder.appending(outcome.newName.empty() ? wanted->name : outcome.newName);
+        result.destination =
+            folder.appending(outcome.newName.empty() ? wanted->name : outcome.newName);
     }
     return result;
 }

@@ -5,9 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
 namespace tidemark {
@@ -17,8 +17,8 @@ class ImaginedDisk;
 /// What an action of a plan would come to. Valid as long as its Rehearsal.
 struct RehearsedAction {
     const PlannedAction& planned;
-    std::optional<FileURL> destination;   ///< Absent for a file that goes to the Trash.
-    std::optional<std::string> obstacle;  ///< Why the action would fail, as far as can be told.
+    std::optional<FileURL> destination;  ///< Absent for a file that goes to the Trash.
+    std::exception_ptr obstacle;  ///< Why the action would fail, as far as can be told; else null.
 };
 
 /// A plan, gone through without changing anything: the actions that Executor::apply would take, with the very
@@ -37,7 +37,7 @@ private:
     /// Small, since there is one for each file: places are put together when they are asked for.
     struct Outcome {
         std::uint32_t action = 0;  // its number in the plan
-        std::error_code obstacle;
+        std::exception_ptr obstacle;
         std::string newName;  // where the wanted one is taken
     };
 

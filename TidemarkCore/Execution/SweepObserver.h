@@ -13,13 +13,13 @@ class SweepObserver {
 public:
     virtual ~SweepObserver() = default;
 
-    virtual void willScan(const FileURL& /*folder*/) {}
-    virtual void willPerform(std::size_t /*index*/, std::size_t /*count*/) {}
-    virtual void didPerform(const JournalEntry& /*entry*/) {}
+    virtual void willScan(const FileURL& /*folder*/) { }
+    virtual void willPerform(std::size_t /*index*/, std::size_t /*count*/) { }
+    virtual void didPerform(const JournalEntry& /*entry*/) { }
 
     /// The file is still at its place, but for one case: it lies in the Trash and the journal could not
     /// be told where.
-    virtual void didFail(const PlannedAction& /*action*/, const std::exception& /*error*/) {}
+    virtual void didFail(const PlannedAction& /*action*/, const std::exception& /*error*/) { }
 };
 
 }  // namespace tidemark

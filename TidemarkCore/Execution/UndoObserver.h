@@ -10,10 +10,10 @@ public:
     virtual ~UndoObserver() = default;
 
     /// `place` is the entry's `from`, or where that name was taken, one beside it.
-    virtual void didRestore(const JournalEntry& /*entry*/, const FileURL& /*place*/) {}
+    virtual void didRestore(const JournalEntry& /*entry*/, const FileURL& /*place*/) { }
 
     /// Nothing was left where the sweep had put the file.
-    virtual void didFindGone(const JournalEntry& /*entry*/) {}
+    virtual void didFindGone(const JournalEntry& /*entry*/) { }
 };
 
 }  // namespace tidemark

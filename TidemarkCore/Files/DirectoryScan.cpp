@@ -19,7 +19,8 @@ std::vector<std::uint32_t> orderByName(const std::vector<DirectoryEntry>& entrie
         std::uint32_t entry = 0;
     };
     const NameOrder order;
-    std::string bytes;  // of all keys, one behind the other: for many files this is much less memory
+    std::string
+        bytes;  // of all keys, one behind the other: for many files this is much less memory
     std::vector<Key> keys;
     keys.reserve(entries.size());
     for (const DirectoryEntry& entry : entries) {

@@ -14,11 +14,11 @@ namespace tidemark {
 /// A plain value: it holds no handle and never touches the disk. Every date is present: a fact that the
 /// file system does not keep has been replaced by its fallback when the value was made.
 struct FileInfo {
-    FileURL url;    ///< Absolute, as listed; a link is not followed.
+    FileURL url;  ///< Absolute, as listed; a link is not followed.
     Date modified;  ///< Distant past when unknown.
-    Date added;     ///< When the entry came into its folder; `modified` when unknown.
+    Date added;  ///< When the entry came into its folder; `modified` when unknown.
     Date lastOpened;  ///< `modified` when unknown.
-    Date created;     ///< `modified` when unknown.
+    Date created;  ///< `modified` when unknown.
     std::optional<MarkdownFrontMatter> frontMatter;  ///< Markdown notes only.
     bool isScreenCapture = false;
 

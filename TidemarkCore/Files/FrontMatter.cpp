@@ -16,7 +16,8 @@ constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 std::size_t newlineLength(std::string_view text)
 {
     // U+000A to U+000D are one byte; U+0085, U+2028 and U+2029 follow.
-    static constexpr std::array<std::string_view, 3> others{"\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"};
+    static constexpr std::array<std::string_view, 3> others{
+        "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"};
     if (text.front() >= '\n' && text.front() <= '\r')
         return 1;
     for (const std::string_view other : others) {

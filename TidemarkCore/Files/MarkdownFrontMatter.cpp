@@ -14,14 +14,16 @@ namespace {
 bool areNumeric(const QList<uint>& characters, qsizetype from, qsizetype count)
 {
     const auto begin = characters.cbegin() + from;
-    return std::all_of(begin, begin + count, [](uint character) { return QChar::isNumber(character); });
+    return std::all_of(
+        begin, begin + count, [](uint character) { return QChar::isNumber(character); });
 }
 
 std::optional<int> wholeNumber(std::string_view digits)
 {
     int value = 0;
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-    const bool isWhole = error == std::errc() && end == digits.data() + digits.size() && digits[0] != '-';
+    const bool isWhole =
+        error == std::errc() && end == digits.data() + digits.size() && digits[0] != '-';
     return isWhole ? std::optional(value) : std::nullopt;
 }
 

@@ -61,15 +61,15 @@ void NameOrder::appendSortKey(std::string_view name, std::string& keys) const
     }
     UErrorCode status = U_ZERO_ERROR;
     int32_t length = 0;
-    u_strFromUTF8(
-        text, capacity, &length, name.data(), static_cast<int32_t>(name.size()), &status);
+    u_strFromUTF8(text, capacity, &length, name.data(), static_cast<int32_t>(name.size()), &status);
     if (status == U_STRING_NOT_TERMINATED_WARNING)
         status = U_ZERO_ERROR;
     requireSuccess(status);
 
-    std::array<uint8_t, 512> buffer;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below
-    const int32_t needed = ucol_getSortKey(m_collator->handle, text, length, buffer.data(),
-        static_cast<int32_t>(buffer.size()));
+    std::array<uint8_t, 512>
+        buffer;  // NOLINT(cppcoreguidelines-pro-type-member-init): filled below
+    const int32_t needed = ucol_getSortKey(
+        m_collator->handle, text, length, buffer.data(), static_cast<int32_t>(buffer.size()));
     if (needed <= static_cast<int32_t>(buffer.size())) {
         keys.append(reinterpret_cast<const char*>(buffer.data()), static_cast<std::size_t>(needed));
         return;

@@ -13,8 +13,7 @@ std::string numbered(std::string_view name, unsigned long counter)
     return result;
 }
 
-std::string firstFree(
-    std::string_view name, const std::function<bool(std::string_view)>& isTaken)
+std::string firstFree(std::string_view name, const std::function<bool(std::string_view)>& isTaken)
 {
     std::string candidate(name);
     for (unsigned long counter = 2; isTaken(candidate); ++counter)

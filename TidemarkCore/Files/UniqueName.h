@@ -14,8 +14,7 @@ namespace UniqueName {
 std::string numbered(std::string_view name, unsigned long counter);
 
 /// The first of `name`, `name` 2, `name` 3 ... that `isTaken` denies. What it throws passes through.
-std::string firstFree(
-    std::string_view name, const std::function<bool(std::string_view)>& isTaken);
+std::string firstFree(std::string_view name, const std::function<bool(std::string_view)>& isTaken);
 
 }  // namespace UniqueName
 

@@ -17,7 +17,8 @@ struct PlannedAction {
     QUuid ruleID;
     std::string ruleName;
     SweepAction action;
-    std::optional<Date> stampCreated;  ///< Written onto the file as its creation date after the move.
+    std::optional<Date>
+        stampCreated;  ///< Written onto the file as its creation date after the move.
 
     bool operator==(const PlannedAction&) const = default;
 };

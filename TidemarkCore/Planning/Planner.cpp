@@ -12,8 +12,9 @@ namespace {
 
 const Rule* firstMatchingRule(const std::vector<Rule>& rules, const FileInfo& file, Date now)
 {
-    const auto found = std::ranges::find_if(rules,
-        [&](const Rule& rule) { return rule.isEnabled && Matcher::matches(rule.match, file, now); });
+    const auto found = std::ranges::find_if(rules, [&](const Rule& rule) {
+        return rule.isEnabled && Matcher::matches(rule.match, file, now);
+    });
     return found == rules.end() ? nullptr : &*found;
 }
 

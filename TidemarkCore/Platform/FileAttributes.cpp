@@ -133,6 +133,11 @@ private:
         const struct timespec times[] = {m_status.st_atim, m_status.st_mtim};
         if (::futimens(m_destination, times) != 0)
             failed(errno);
+        // Some file systems cut a date that they cannot hold; a coarser clock is no loss.
+        constexpr time_t coarsestClock = 2;  // seconds
+        const time_t kept = destinationStatus().st_mtim.tv_sec;
+        if (kept < m_status.st_mtim.tv_sec - coarsestClock || kept > m_status.st_mtim.tv_sec)
+            failed(EOVERFLOW);
     }
 
     int m_source;

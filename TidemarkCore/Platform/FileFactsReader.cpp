@@ -45,13 +45,6 @@ bool hasVanished(int error)
     return error == ENOENT || error == ENOTDIR;
 }
 
-/// Whether the call failed only because the file carries no such attribute. A list that a program changes
-/// meanwhile or a value that is too long (ERANGE) is no flag of ours.
-bool hasNoAttribute(int error)
-{
-    return error == ENODATA || error == ENOTSUP || error == ERANGE || error == E2BIG;
-}
-
 Date date(const struct statx_timestamp& time)
 {
     return dateFromUnixTime(time.tv_sec, time.tv_nsec);
@@ -79,17 +72,16 @@ FileFacts factsFrom(const struct statx& statistics, std::string_view name)
     return facts;
 }
 
-/// The value of an attribute; nothing when the file carries none or a longer one than a flag has. `error`
-/// is the errno of any other failure, else 0.
-std::optional<std::string> attribute(const char* path, const char* name, int& error)
+/// The value of an attribute; nothing when the file carries none, when it may not be read, or when it is
+/// longer than a flag.
+std::optional<std::string> attribute(const char* path, const char* name)
 {
     std::array<char, longestFlag> value;
     const ssize_t size =
         uninterrupted([&] { return ::lgetxattr(path, name, value.data(), value.size()); });
-    if (size >= 0)
-        return std::string{value.data(), static_cast<std::size_t>(size)};
-    error = hasNoAttribute(errno) ? 0 : errno;
-    return std::nullopt;
+    if (size < 0)
+        return std::nullopt;
+    return std::string{value.data(), static_cast<std::size_t>(size)};
 }
 
 /// Whether one of the names in a list as llistxattr writes it is `name`.
@@ -104,30 +96,25 @@ bool listHolds(std::string_view list, std::string_view name)
     return false;
 }
 
-/// Sets the flag from the file's attributes. Returns the errno of a failure, else 0.
-int readScreenCaptureFlag(const char* path, bool& isScreenCapture)
+/// Whether the file is marked as a screen capture. Where that cannot be told it is not: an attribute that
+/// may not be read must not keep a whole folder from being swept.
+bool isMarkedAsScreenCapture(const char* path)
 {
     std::array<char, 1024> buffer;
     const ssize_t size =
         uninterrupted([&] { return ::llistxattr(path, buffer.data(), buffer.size()); });
-    if (size == 0)
-        return 0;
     // A list that is too long for the buffer is not known: both attributes are asked for.
-    const bool isKnown = size > 0;
-    if (!isKnown && errno != ERANGE)
-        return hasNoAttribute(errno) ? 0 : errno;
-
-    const std::string_view list{buffer.data(), isKnown ? static_cast<std::size_t>(size) : 0};
-    int error = 0;
-    if (!isKnown || listHolds(list, propertyListFlag)) {
-        const auto value = attribute(path, propertyListFlag, error);
-        isScreenCapture = value && isPropertyListTrue(*value);
+    const bool isUnknown = size < 0 && errno == ERANGE;
+    const std::string_view list{buffer.data(), size > 0 ? static_cast<std::size_t>(size) : 0};
+    if (isUnknown || listHolds(list, propertyListFlag)) {
+        const auto value = attribute(path, propertyListFlag);
+        if (value && isPropertyListTrue(*value))
+            return true;
     }
-    if (error == 0 && !isScreenCapture && (!isKnown || listHolds(list, plainFlag))) {
-        const auto value = attribute(path, plainFlag, error);
-        isScreenCapture = value == "1" || value == "true";
-    }
-    return error;
+    if (!isUnknown && !listHolds(list, plainFlag))
+        return false;
+    const auto value = attribute(path, plainFlag);
+    return value == "1" || value == "true";
 }
 
 /// The facts of `name` in `folder` (an open descriptor, or AT_FDCWD when `name` is the whole `path`).
@@ -143,7 +130,8 @@ int readFacts(int folder, const char* name, const char* path, std::string_view l
         != 0)
         return errno;
     facts = factsFrom(statistics, lastComponent);
-    return facts.isRegularFile ? readScreenCaptureFlag(path, facts.isScreenCapture) : 0;
+    facts.isScreenCapture = facts.isRegularFile && isMarkedAsScreenCapture(path);
+    return 0;
 }
 
 struct CloseDirectory {

@@ -35,6 +35,10 @@ public:
     /// Whether a folder, or a link to one, stands at `url`. Throws like fileExists.
     virtual bool directoryExists(const FileURL& url) = 0;
 
+    /// The same place without links, "." and ".." in its path, as far as it exists; what does not exist is
+    /// kept. Throws when a folder on the way cannot be searched.
+    virtual FileURL resolvingLinks(const FileURL& url) = 0;
+
     /// The entries of `folder` with their facts, in the order of the file system, without hidden ones (a
     /// leading dot) and without names that are not valid UTF-8. Does not descend. An entry that vanishes
     /// meanwhile is left out; any other failure to read an entry's facts throws. `folder` may be a link

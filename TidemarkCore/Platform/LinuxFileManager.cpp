@@ -107,6 +107,12 @@ bool LinuxFileManager::directoryExists(const FileURL& url)
     fail("cannot look up", url, errno);
 }
 
+FileURL LinuxFileManager::resolvingLinks(const FileURL& url)
+{
+    const auto kind = url.isDirectory() ? FileURL::Kind::directory : FileURL::Kind::file;
+    return FileURL{std::filesystem::weakly_canonical(systemPath(url)).string(), kind};
+}
+
 std::vector<DirectoryEntry> LinuxFileManager::contentsOfDirectory(const FileURL& folder)
 {
     return FileFactsReader::contentsOfDirectory(folder);

@@ -13,6 +13,7 @@ public:
 
     bool fileExists(const FileURL& url) override;
     bool directoryExists(const FileURL& url) override;
+    FileURL resolvingLinks(const FileURL& url) override;
     std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) override;
     FileFacts facts(const FileURL& url) override;
     void createDirectory(const FileURL& folder) override;

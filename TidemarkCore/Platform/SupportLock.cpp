@@ -61,7 +61,7 @@ std::optional<FileDescriptor> lockedFile(const FileURL& folder, Waiting waiting)
 
 void removeLeftovers(const FileURL& folder)
 {
-    for (const char* name : {"settings.json", "journal.json"})
+    for (const char* name : {"settings.json", "journal.json", "last-failure.json"})
         AtomicWrite::removeLeftovers(folder, name);
 }
 

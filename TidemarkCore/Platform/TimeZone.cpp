@@ -27,8 +27,13 @@ constexpr std::int64_t latestShown = secondsAt(sys_days{year{9999} / 12 / 31} + 
 /// Longer than any zone is away from UTC, even together with a jump across the date line.
 constexpr std::int64_t longestOffset = 48 * 3600;
 
+/// Before this no zone had rules; and asked for the first centuries, Qt works out those of a POSIX rule in TZ
+/// for ever.
+constexpr std::int64_t earliestOffset = secondsAt(year{1700} / 1 / 1);
+
 std::int64_t offsetFromUTC(const QTimeZone& zone, std::int64_t moment)
 {
+    moment = std::max(moment, earliestOffset);
     return zone.offsetFromUtc(QDateTime::fromMSecsSinceEpoch(moment * 1000, Qt::UTC));
 }
 

@@ -5,6 +5,7 @@
 #include "Folders.h"
 #include "StandardFolders.h"
 #include "SystemCall.h"
+#include "Text.h"
 #include "TrashRecord.h"
 
 #include <fcntl.h>
@@ -184,6 +185,9 @@ FileMover::Result moveFile(const FileURL& from, const FileURL& to, AcrossFileSys
 /// Where the file lies in that trash now; nothing when the trash is on another file system after all.
 std::optional<FileURL> moveTo(const Place& place, const Item& item, AcrossFileSystems across)
 {
+    // The journal could not name the file there.
+    if (!isValidUTF8(place.folder.path()))
+        fail(cannotTrash, item.url, EILSEQ);
     for (int number = 1; number <= mostNames; ++number) {
         const std::string name = TrashRecord::nameInTrash(item.url.lastPathComponent(), number);
         std::optional<TrashRecord> record =

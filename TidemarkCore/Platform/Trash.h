@@ -19,7 +19,8 @@ public:
     explicit Trash(FileURL homeTrash);
 
     /// Moves `url` into a trash and returns where it lies now. Throws filesystem_error: invalid_argument for
-    /// what lies in a trash already, or holds one. The file is still at `url` then and no record is left.
+    /// what lies in a trash already, or holds one; illegal_byte_sequence for a trash whose path is not valid
+    /// UTF-8. The file is still at `url` then and no record is left.
     FileURL moveIn(const FileURL& url) const;
 
     /// Removes the record of a file that has been moved out of a trash, if `formerPlace` was in one. A

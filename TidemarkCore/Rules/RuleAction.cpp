@@ -58,8 +58,8 @@ std::string monthFolder(Date date, const TimeZone& timeZone)
 {
     const LocalTime time = timeZone.localTime(date);
     std::array<char, 32> buffer{};
-    const int length = std::snprintf(buffer.data(), buffer.size(), "%04lld-%02u",
-        static_cast<long long>(time.year), time.month);
+    const int length = std::snprintf(
+        buffer.data(), buffer.size(), "%04lld-%02u", static_cast<long long>(time.year), time.month);
     return {buffer.data(), static_cast<std::size_t>(length)};
 }
 
@@ -88,8 +88,7 @@ SweepAction RuleAction::resolve(const FileInfo& file, Date now) const
     return resolve(file, now, TimeZone::current());
 }
 
-SweepAction RuleAction::resolve(
-    const FileInfo& file, Date /*now*/, const TimeZone& timeZone) const
+SweepAction RuleAction::resolve(const FileInfo& file, Date /*now*/, const TimeZone& timeZone) const
 {
     return std::visit(
         Overloaded{
@@ -112,9 +111,7 @@ SweepAction RuleAction::resolve(
 void RuleAction::encode(JSONEncoder& encoder) const
 {
     const auto member = [&encoder](std::string_view name, std::string_view key, const auto& held) {
-        encoder.object([&] {
-            encoder.memberObject(name, [&] { encoder.member(key, held); });
-        });
+        encoder.object([&] { encoder.memberObject(name, [&] { encoder.member(key, held); }); });
     };
     std::visit(
         Overloaded{
@@ -130,8 +127,8 @@ void RuleAction::encode(JSONEncoder& encoder) const
 
 RuleAction RuleAction::decode(const JSONDecoder& decoder)
 {
-    const auto found = decoder.enumerationCase(
-        {"fixed", "fileScreenshot", "archiveByMonth", "fileMarkdown"});
+    const auto found =
+        decoder.enumerationCase({"fixed", "fileScreenshot", "archiveByMonth", "fileMarkdown"});
     const std::string_view name = found.first;
     const JSONDecoder& values = found.second;
     if (name == "fixed")

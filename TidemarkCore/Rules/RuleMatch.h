@@ -11,8 +11,10 @@ namespace tidemark {
 
 /// The conditions of a rule; all must hold, an absent one is no restriction. A plain value.
 struct RuleMatch {
-    std::vector<std::string> fileTypes = {};  ///< Extensions without dot, in lower case; empty: any.
-    std::optional<std::string> namePattern = std::nullopt;  ///< A shell pattern for the whole file name.
+    std::vector<std::string> fileTypes =
+        {};  ///< Extensions without dot, in lower case; empty: any.
+    std::optional<std::string> namePattern =
+        std::nullopt;  ///< A shell pattern for the whole file name.
     std::optional<Seconds> minAge = std::nullopt;
     AgeBasis ageBasis = AgeBasis::modified;
     std::optional<bool> screenCaptureOnly = std::nullopt;  ///< Absent counts as false.

@@ -56,8 +56,7 @@ void SweepAction::encode(JSONEncoder& encoder) const
 
 SweepAction SweepAction::decode(const JSONDecoder& decoder)
 {
-    const auto found
-        = decoder.enumerationCase({"move", "archive", "trash", "rename", "fileInto"});
+    const auto found = decoder.enumerationCase({"move", "archive", "trash", "rename", "fileInto"});
     const std::string_view name = found.first;
     const JSONDecoder& values = found.second;
     if (name == "move")

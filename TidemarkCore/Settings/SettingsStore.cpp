@@ -2,7 +2,6 @@
 
 #include "DecodingError.h"
 #include "JSONCoders.h"
-#include "UniqueName.h"
 
 #include <algorithm>
 #include <array>
@@ -49,15 +48,11 @@ bool SettingsStore::hasUnreadableFile() const
 
 void SettingsStore::replaceUnreadableFile(std::string_view text) const
 {
-    std::string time = formatISO8601(m_clock->now());
-    std::erase_if(time, [](char character) { return character == '-' || character == ':'; });
-    const std::string name = std::string(m_url.lastPathComponent()) + ".unreadable-" + time;
-    const FileURL folder = m_url.parent();
-    const FileURL aside
-        = folder.appending(UniqueName::firstFree(name, [&](std::string_view candidate) {
-              return m_fileManager->fileExists(folder.appending(candidate));
-          }));
-
+    const FileURL aside = placeBeside();
+    if (keepCopy(aside)) {
+        write(text);
+        return;
+    }
     m_fileManager->moveItem(m_url, aside);
     try {
         write(text);
@@ -65,6 +60,30 @@ void SettingsStore::replaceUnreadableFile(std::string_view text) const
         m_fileManager->moveItem(aside, m_url);
         throw;
     }
+}
+
+FileURL SettingsStore::placeBeside() const
+{
+    std::string time = formatISO8601(m_clock->now());
+    std::erase_if(time, [](char character) { return character == '-' || character == ':'; });
+    const std::string name = std::string(m_url.lastPathComponent()) + ".unreadable-" + time;
+    const FileURL folder = m_url.parent();
+    FileURL place = folder.appending(name);
+    for (int number = 2; m_fileManager->fileExists(place); ++number)
+        place = folder.appending(name + '-' + std::to_string(number));
+    return place;
+}
+
+bool SettingsStore::keepCopy(const FileURL& place) const
+{
+    std::string content;
+    try {
+        content = m_fileManager->readFile(m_url, largestFile);
+    } catch (const std::filesystem::filesystem_error&) {
+        return false;  // it is no file, too large, or may not be read: it can still be moved
+    }
+    m_fileManager->writeAtomically(place, std::array<std::string_view, 1>{content});
+    return true;
 }
 
 void SettingsStore::write(std::string_view text) const

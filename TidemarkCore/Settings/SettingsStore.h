@@ -21,12 +21,17 @@ public:
     Settings load() const;
 
     /// Replaces the file, making its folder if need be. One that cannot be read is kept beside it as
-    /// "settings.json.unreadable-<time>". Throws filesystem_error; the old file stands then.
+    /// "settings.json.unreadable-<time>", with "-2" and so on where that name is taken. Throws filesystem_error; the old file stands then.
     void save(const Settings& settings) const;
 
 private:
     bool hasUnreadableFile() const;
     void replaceUnreadableFile(std::string_view text) const;
+    FileURL placeBeside() const;
+
+    /// Copies the file to `place`, so that there is no moment without a settings file. False if it cannot
+    /// be read at all.
+    bool keepCopy(const FileURL& place) const;
     void write(std::string_view text) const;
 
     FileURL m_url;

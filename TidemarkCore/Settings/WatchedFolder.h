@@ -9,7 +9,7 @@ namespace tidemark {
 
 /// A folder that is kept tidy, with its own rules. A plain value.
 struct WatchedFolder {
-    std::string path = {};         ///< Absolute.
+    std::string path = {};  ///< Absolute.
     std::vector<Rule> rules = {};  ///< In the user's order; the first that matches a file acts.
     bool sortsMarkdown = true;  ///< Markdown notes are filed, too.
 

@@ -25,7 +25,7 @@ private:
     FileManager* m_fileManager;
     std::mutex m_mutex;
     std::shared_ptr<const Journal> m_journal;  // what was read last
-    std::optional<FileIdentity> m_identity;    // of the file it was read from
+    std::optional<FileIdentity> m_identity;  // of the file it was read from
 };
 
 }  // namespace tidemark

@@ -24,8 +24,8 @@ SweepRecord SweepEngine::sweep(const std::vector<WatchedFolder>& folders, Second
     return m_executor.apply(joined, startedAt, now, observer);
 }
 
-Rehearsal SweepEngine::rehearse(const std::vector<WatchedFolder>& folders,
-    Seconds gracePeriod, Date now, SweepObserver* observer)
+Rehearsal SweepEngine::rehearse(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
+    Date now, SweepObserver* observer)
 {
     return {plan(folders, gracePeriod, now, observer), *m_fileManager};
 }
@@ -38,8 +38,8 @@ SweepPlan SweepEngine::plan(const std::vector<WatchedFolder>& folders, Seconds g
         const FileURL url = FileURL::directory(folder.path);
         if (observer != nullptr)
             observer->willScan(url);
-        SweepPlan one
-            = plan(DirectoryScan::files(url, *m_fileManager), folder.rules, gracePeriod, now);
+        SweepPlan one =
+            plan(DirectoryScan::files(url, *m_fileManager), folder.rules, gracePeriod, now);
         if (joined.actions.empty())
             joined = std::move(one);
         else
@@ -48,12 +48,11 @@ SweepPlan SweepEngine::plan(const std::vector<WatchedFolder>& folders, Seconds g
     return joined;
 }
 
-SweepPlan SweepEngine::plan(std::vector<FileInfo> files, const std::vector<Rule>& rules,
-    Seconds gracePeriod, Date now)
+SweepPlan SweepEngine::plan(
+    std::vector<FileInfo> files, const std::vector<Rule>& rules, Seconds gracePeriod, Date now)
 {
-    std::erase_if(files, [&](const FileInfo& file) {
-        return !StabilityGate::isStable(file, gracePeriod, now);
-    });
+    std::erase_if(files,
+        [&](const FileInfo& file) { return !StabilityGate::isStable(file, gracePeriod, now); });
     return Planner::plan(std::move(files), rules, now);
 }
 

@@ -20,8 +20,8 @@ public:
     /// Plans every folder against its own rules, then carries all of it out as one sweep. Without anything
     /// to do the result is an empty record and neither disk nor journal is touched. Throws what the scan of
     /// any folder throws, before anything is moved, and what Executor::apply throws.
-    SweepRecord sweep(const std::vector<WatchedFolder>& folders, Seconds gracePeriod, Date startedAt,
-        Date now, SweepObserver* observer = nullptr);
+    SweepRecord sweep(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
+        Date startedAt, Date now, SweepObserver* observer = nullptr);
 
     /// The joined plan of all folders, in their order: what `sweep` would carry out. Throws what the scan of
     /// any folder throws.
@@ -29,12 +29,12 @@ public:
         SweepObserver* observer = nullptr);
 
     /// What `sweep` would do, to the exact places; changes nothing. Throws what the scan of any folder throws.
-    Rehearsal rehearse(const std::vector<WatchedFolder>& folders,
-        Seconds gracePeriod, Date now, SweepObserver* observer = nullptr);
+    Rehearsal rehearse(const std::vector<WatchedFolder>& folders, Seconds gracePeriod, Date now,
+        SweepObserver* observer = nullptr);
 
     /// The plan for the files of one folder, without those that are not stable yet. Never fails.
-    static SweepPlan plan(std::vector<FileInfo> files, const std::vector<Rule>& rules,
-        Seconds gracePeriod, Date now);
+    static SweepPlan plan(
+        std::vector<FileInfo> files, const std::vector<Rule>& rules, Seconds gracePeriod, Date now);
 
 private:
     Executor m_executor;

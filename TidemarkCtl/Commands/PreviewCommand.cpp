@@ -1,5 +1,6 @@
 #include "Commands.h"
 #include "DisplayText.h"
+#include "FailureText.h"
 #include "FileTable.h"
 #include "Hints.h"
 #include "JSONEncoder.h"
@@ -15,10 +16,19 @@ namespace tidemark {
 
 namespace {
 
+std::string obstacleText(const RehearsedAction& action)
+{
+    try {
+        std::rethrow_exception(action.obstacle);
+    } catch (const std::exception& error) {
+        return failureText(error);
+    }
+}
+
 std::string detailOf(const RehearsedAction& action, const PeopleText& people)
 {
     if (action.obstacle)
-        return "cannot be moved: " + displayText(*action.obstacle);
+        return "cannot be moved: " + displayText(obstacleText(action));
     if (!action.destination)
         return "-> Trash";
     return "-> " + people.path(action.destination->path());
@@ -34,13 +44,17 @@ FileRow rowFor(const RehearsedAction& action, const PeopleText& people)
         .emphasis = action.obstacle ? Emphasis::bad : Emphasis::none};
 }
 
-std::string summaryOf(const PreviewReport& report)
+std::size_t obstaclesIn(const PreviewReport& report)
 {
     std::size_t obstacles = 0;
     for (std::size_t index = 0; index < report.rehearsal.size(); ++index)
         obstacles += report.rehearsal[index].obstacle ? 1U : 0U;
-    std::string text =
-        PeopleText::count(report.rehearsal.size() - obstacles, "file") + " would be moved";
+    return obstacles;
+}
+
+std::string summaryOf(std::size_t count, std::size_t obstacles)
+{
+    std::string text = PeopleText::count(count - obstacles, "file") + " would be moved";
     if (obstacles > 0)
         text += ", " + PeopleText::number(obstacles) + " could not be";
     return text + '.';
@@ -53,8 +67,11 @@ void printActions(const PreviewReport& report, TextPrinter& printer)
         [&](std::size_t index) { return rowFor(report.rehearsal[index], printer.people()); },
         printer);
     printer.printLine();
-    printer.print(summaryOf(report), Emphasis::strong);
-    printer.printLine(report.isPaused ? "" : " Do it with: tidemarkctl sweep");
+    const std::size_t count = report.rehearsal.size();
+    const std::size_t obstacles = obstaclesIn(report);
+    const bool isWorthIt = !report.isPaused && obstacles < count;
+    printer.print(summaryOf(count, obstacles), Emphasis::strong);
+    printer.printLine(isWorthIt ? " Do it with: tidemarkctl sweep" : "");
 }
 
 void print(const PreviewReport& report)

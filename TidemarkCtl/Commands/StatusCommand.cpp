@@ -50,7 +50,7 @@ void print(const StatusReport& report)
     if (report.settingsProblem)
         printer.printLine("The settings cannot be read; these are the defaults.", Emphasis::bad);
     else if (report.folders.empty())
-        printer.printLine(hints::addFolder);
+        printer.printLine("Add a folder with: tidemarkctl folders add ~/Downloads");
     if (report.isPaused)
         printer.printLine(hints::resume);
     printUndo(report, printer);

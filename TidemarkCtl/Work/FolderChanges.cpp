@@ -7,6 +7,7 @@
 #include "Text.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace tidemark {
 
@@ -30,6 +31,14 @@ bool contains(const std::vector<std::string>& paths, const std::string& path)
     return std::ranges::find(paths, path) != paths.end();
 }
 
+/// Sweeping Tidemark's own files away would lose the settings.
+void requireNoSupportFolder(const std::string& path, const Workspace& workspace)
+{
+    std::error_code ignored;
+    if (std::filesystem::equivalent(path, workspace.supportFolder().path(), ignored))
+        throw CommandFailure{"cannot watch " + path + ": Tidemark keeps its own files there"};
+}
+
 void requireFolder(const std::string& path, FileManager& fileManager)
 {
     const FileURL url = FileURL::directory(path);
@@ -44,6 +53,8 @@ void requireFolder(const std::string& path, FileManager& fileManager)
 WatchedFolder withDefaultRules(const std::string& path)
 {
     const FileURL home = StandardFolders::home();
+    if (!isValidUTF8(home.path()))
+        throw CommandFailure{"the path of the home folder is not valid UTF-8: " + home.path()};
     const auto inHome = [&home](std::string_view folder, std::string_view name) {
         return home.appending(folder).appending(name, FileURL::Kind::directory);
     };
@@ -82,6 +93,7 @@ FolderChanges addFolders(Workspace& workspace, std::span<const std::string> path
             continue;
         }
         requireFolder(path, workspace.fileManager());
+        requireNoSupportFolder(path, workspace);
         changes.changed.push_back(path);
     }
     if (!changes.changed.empty()) {

@@ -29,6 +29,7 @@ public:
 
     SweepController& controller() { return m_controller; }
     FileManager& fileManager() { return m_fileManager; }
+    const FileURL& supportFolder() const { return m_supportFolder; }
     const SweepFailureStore& failures() const { return m_failures; }
     Date now() const { return m_clock.now(); }
 

@@ -56,8 +56,8 @@ TEST(JSONDecoder, NamesFileCodingPathAndBothTypesWhenATypeIsWrong)
         "file.json: folders[2].rules[0].match.minAge: expected a number, found a string");
     EXPECT_EQ(errorOf([&] { root["folders"].boolean(); }),
         "file.json: folders: expected a boolean, found an array");
-    EXPECT_EQ(errorOf([&] { root["flag"].string(); }),
-        "file.json: flag: expected a string, found null");
+    EXPECT_EQ(
+        errorOf([&] { root["flag"].string(); }), "file.json: flag: expected a string, found null");
     EXPECT_EQ(errorOf([&] { root.elements(); }), "file.json: expected an array, found an object");
 }
 
@@ -85,8 +85,15 @@ TEST(JSONDecoder, TakesTheLastOfTwoMembersWithOneKey)
 
 TEST(JSONDecoder, ReportsAScalarInPlaceOfTheWholeDocument)
 {
-    for (const char* text : {"1", "\"a\"", "true", "null"})
-        EXPECT_NE(errorOf([&] { document(text).root()["a"]; }), "no error") << text;
+    struct Row {
+        const char* text;
+        const char* found;
+    };
+    for (const Row& row : {Row{"1", "a number"}, Row{"\"a\"", "a string"}, Row{"true", "a boolean"},
+             Row{"null", "null"}, Row{" null\n", "null"}}) {
+        EXPECT_EQ(errorOf([&] { document(row.text).root()["a"]; }),
+            std::string("file.json: expected an object, found ") + row.found);
+    }
 }
 
 TEST(JSONDecoder, RefusesNumbersThatDoNotFit)
@@ -137,7 +144,9 @@ TEST(JSONDecoder, RefusesAnEnumerationWithoutExactlyOneKnownKey)
 {
     for (const char* text :
         {R"({"e": {}})", R"({"e": {"other": {}}})", R"({"e": {"move": {}, "trash": {}}})"}) {
-        EXPECT_EQ(errorOf([&] { document(text).root()["e"].enumerationCase({"move", "trash"}); }),
+        EXPECT_EQ(errorOf([&] {
+            document(text).root()["e"].enumerationCase({"move", "trash"});
+        }),
             "file.json: e: Invalid number of keys found, expected one.")
             << text;
     }

@@ -71,7 +71,8 @@ TEST(JSONDocument, ChecksValuesThatNobodyAsksFor)
 
 TEST(JSONDocument, AcceptsIgnoredNumbersThatFitNoType)
 {
-    EXPECT_EQ(errorOf(R"({"a": 123456789012345678901234567890, "b": 1e999, "c": -0.0})"), "no error");
+    EXPECT_EQ(
+        errorOf(R"({"a": 123456789012345678901234567890, "b": 1e999, "c": -0.0})"), "no error");
 }
 
 TEST(JSONDocument, AcceptsAByteOrderMark)

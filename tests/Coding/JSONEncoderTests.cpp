@@ -101,6 +101,12 @@ TEST(JSONEncoder, RefusesNumbersThatJSONCannotHold)
     EXPECT_THROW(encoded(std::numeric_limits<double>::quiet_NaN()), std::domain_error);
 }
 
+TEST(JSONEncoder, RefusesTextThatWouldMakeTheFileUnreadable)
+{
+    for (const char* text : {"/tmp/h\xff", "\xc0\xaf", "\xed\xa0\x80", "cut \xe2\x82"})
+        EXPECT_THROW(encoded(std::string(text)), std::invalid_argument);
+}
+
 TEST(JSONEncoder, WritesDatesUUIDsAndURLsAsStrings)
 {
     EXPECT_EQ(encoded(Date(Seconds(1741944413.9))), R"("2025-03-14T09:26:53Z")");

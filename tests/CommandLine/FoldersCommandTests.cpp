@@ -111,6 +111,20 @@ TEST_F(FoldersCommand, AddRefusesWhatIsNoFolderAndSavesNothing)
     }
 }
 
+TEST_F(FoldersCommand, AddRefusesTheFolderOfTidemarksOwnFiles)
+{
+    home().makeFolder("In");
+    ASSERT_EQ(run({"folders", "add", "In"}).status, 0);
+    std::filesystem::create_symlink(supportPath(""), home().path("link"));
+
+    for (const std::string& path : {supportPath(""), home().path("link")}) {
+        const Outcome outcome = run({"folders", "add", path});
+        EXPECT_EQ(outcome.status, 1) << path;
+        EXPECT_THAT(outcome.error, HasSubstr("Tidemark keeps its own files there")) << path;
+    }
+    EXPECT_THAT(watchedPaths(), ElementsAre(home().path("In")));
+}
+
 TEST_F(FoldersCommand, AddAndRemovePrintTheFoldersAsJSON)
 {
     home().makeFolder("a");

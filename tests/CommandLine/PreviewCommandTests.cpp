@@ -148,8 +148,8 @@ TEST_F(PreviewCommand, ShowsWhatStandsInTheWay)
     const Outcome outcome = run({"preview"});
 
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_THAT(outcome.output, HasSubstr("a.pdf  cannot be moved: Not a directory\n"));
-    EXPECT_THAT(outcome.output, HasSubstr("0 files would be moved, 1 could not be."));
+    EXPECT_THAT(outcome.output, HasSubstr("a.pdf  cannot be moved: cannot make a folder "));
+    EXPECT_THAT(outcome.output, HasSubstr("0 files would be moved, 1 could not be.\n"));
     EXPECT_FALSE(actions()[0].toObject().contains(u"destination"));
 }
 

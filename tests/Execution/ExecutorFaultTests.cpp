@@ -43,8 +43,8 @@ void expectEveryMovedFileIsJournaled(InMemoryFileManager& disk)
         for (const JournalEntry& entry : sweep.entries)
             known.insert(entry.to);
     }
-    for (const auto& [path, content] : {std::pair("/out/a 2", "A"), std::pair("/in/c2", "C"),
-             std::pair("/new/x/d2", "D")}) {
+    for (const auto& [path, content] :
+        {std::pair("/out/a 2", "A"), std::pair("/in/c2", "C"), std::pair("/new/x/d2", "D")}) {
         if (disk.content(path) == content) {
             EXPECT_TRUE(known.contains(path)) << path;
         }
@@ -74,6 +74,25 @@ TEST(ExecutorFaults, AFaultAtAnyCallOfASweepLeavesEveryFileExactlyOnce)
             if (!files.faultFired())
                 break;
         }
+    }
+}
+
+TEST(ExecutorFaults, ACallThatWorksButReportsAFaultLosesNoFileEither)
+{
+    for (int call = 0;; ++call) {
+        SCOPED_TRACE(testing::Message() << "fault after file call " << call);
+        InMemoryFileManager disk;
+        fill(disk);
+        FaultInjectingFileManager files{disk, afterTheEffect(failAt(call, std::errc::io_error))};
+        try {
+            sweep(files, actionsOfEveryKind());
+            executorOn(files).undoLastSweep(sweepTime);
+        } catch (const std::filesystem::filesystem_error&) {
+            // Whatever stopped: every file has to be somewhere.
+        }
+        EXPECT_EQ(userFiles(disk), everything);
+        if (!files.faultFired())
+            break;
     }
 }
 

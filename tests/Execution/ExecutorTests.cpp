@@ -38,6 +38,7 @@ public:
 
     bool fileExists(const FileURL& url) override { return m_disk.fileExists(url); }
     bool directoryExists(const FileURL& url) override { return m_disk.directoryExists(url); }
+    FileURL resolvingLinks(const FileURL& url) override { return m_disk.resolvingLinks(url); }
     std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) override
     {
         return m_disk.contentsOfDirectory(folder);
@@ -85,17 +86,17 @@ TEST(Executor, PerformsEveryKindOfActionAndJournalsIt)
         JournalEntry entry;
     };
     const FileURL out = FileURL::directory("/out");
-    for (const Row& row : {
-             Row{"move", SweepAction::move(out), entry(Op::move, "/in/a.txt", "/out/a.txt")},
-             Row{"archive", SweepAction::archive(out),
-                 entry(Op::archive, "/in/a.txt", "/out/a.txt")},
-             Row{"rename", SweepAction::rename("b.txt"),
-                 entry(Op::rename, "/in/a.txt", "/in/b.txt")},
-             Row{"file into", SweepAction::fileInto(out, "b.txt"),
-                 entry(Op::move, "/in/a.txt", "/out/b.txt")},
-             Row{"trash", SweepAction::trash(),
-                 entry(Op::trash, "/in/a.txt", "/trash/files/a.txt")},
-         }) {
+    for (const Row& row :
+        {
+            Row{"move", SweepAction::move(out), entry(Op::move, "/in/a.txt", "/out/a.txt")},
+            Row{"archive", SweepAction::archive(out),
+                entry(Op::archive, "/in/a.txt", "/out/a.txt")},
+            Row{"rename", SweepAction::rename("b.txt"),
+                entry(Op::rename, "/in/a.txt", "/in/b.txt")},
+            Row{"file into", SweepAction::fileInto(out, "b.txt"),
+                entry(Op::move, "/in/a.txt", "/out/b.txt")},
+            Row{"trash", SweepAction::trash(), entry(Op::trash, "/in/a.txt", "/trash/files/a.txt")},
+        }) {
         InMemoryFileManager disk{{"/in/a.txt", "A"}};
         const SweepRecord record = sweep(disk, {planned("/in/a.txt", row.action)});
 
@@ -124,8 +125,8 @@ TEST(Executor, TakesStartAndTimeFromTheCaller)
     InMemoryFileManager disk{{"/in/a", "A"}};
     const Date start = sweepTime - Seconds(5);
 
-    const SweepRecord record
-        = executorOn(disk).apply({{moving("/in/a", "/out")}}, start, sweepTime);
+    const SweepRecord record =
+        executorOn(disk).apply({{moving("/in/a", "/out")}}, start, sweepTime);
 
     EXPECT_EQ(record.startedAt, start);
     EXPECT_EQ(record.entries.at(0).at, sweepTime);
@@ -219,8 +220,8 @@ TEST(Executor, StampsTheCreationDateOfFiledNotesOnly)
 {
     const Date stamp = sweepTime - Seconds(1000);
     InMemoryFileManager disk{{"/in/a.md", "A"}, {"/in/b.md", "B"}};
-    PlannedAction filed
-        = planned("/in/a.md", SweepAction::fileInto(FileURL::directory("/out"), "x.md"));
+    PlannedAction filed =
+        planned("/in/a.md", SweepAction::fileInto(FileURL::directory("/out"), "x.md"));
     PlannedAction moved = moving("/in/b.md", "/out");
     filed.stampCreated = moved.stampCreated = stamp;
     sweep(disk, {filed, moved});
@@ -233,8 +234,8 @@ TEST(Executor, IgnoresThatACreationDateCannotBeSet)
 {
     InMemoryFileManager disk{{"/in/a.md", "A"}};
     disk.refuseCreationDates();
-    PlannedAction filed
-        = planned("/in/a.md", SweepAction::fileInto(FileURL::directory("/out"), "x.md"));
+    PlannedAction filed =
+        planned("/in/a.md", SweepAction::fileInto(FileURL::directory("/out"), "x.md"));
     filed.stampCreated = sweepTime;
 
     EXPECT_EQ(sweep(disk, {filed}).entries.size(), 1U);
@@ -255,8 +256,8 @@ TEST(Executor, WithdrawsTheEntryOfAnActionThatFailsAndGoesOn)
     InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}, {"/in/c", "C"}};
     FaultInjectingFileManager files{
         disk, failEvery(FileCall::moveItem, FileURL("/in/b"), std::errc::permission_denied)};
-    const SweepRecord record
-        = sweep(files, {moving("/in/a", "/out"), moving("/in/b", "/out"), moving("/in/c", "/out")});
+    const SweepRecord record =
+        sweep(files, {moving("/in/a", "/out"), moving("/in/b", "/out"), moving("/in/c", "/out")});
 
     EXPECT_THAT(record.entries,
         ElementsAre(entry(Op::move, "/in/a", "/out/a"), entry(Op::move, "/in/c", "/out/c")));
@@ -278,8 +279,8 @@ TEST(Executor, LeavesAnEmptyRecordOnDiskWhenEveryActionFailed)
 TEST(Executor, FailsAnActionWhoseFolderCannotBeMade)
 {
     InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}, {"/blocked", "a file"}};
-    const SweepRecord record
-        = sweep(disk, {moving("/in/a", "/blocked/sub"), moving("/in/b", "/out")});
+    const SweepRecord record =
+        sweep(disk, {moving("/in/a", "/blocked/sub"), moving("/in/b", "/out")});
 
     EXPECT_THAT(record.entries, ElementsAre(entry(Op::move, "/in/b", "/out/b")));
     EXPECT_EQ(disk.content("/in/a"), "A");
@@ -295,13 +296,24 @@ TEST(Executor, FailsAnActionWhoseNewNameIsNoFileName)
     }
 }
 
+TEST(Executor, LeavesNoRecordForAFileThatItCannotEvenLookUp)
+{
+    InMemoryFileManager disk{{"/in/a", "A"}};
+    FaultInjectingFileManager files{
+        disk, failEvery(FileCall::fileExists, FileURL("/in/a"), std::errc::io_error)};
+
+    EXPECT_THAT(sweep(files, {moving("/in/a", "/out")}).entries, IsEmpty());
+    EXPECT_FALSE(disk.fileExists(journalURL));
+    EXPECT_EQ(disk.content("/in/a"), "A");
+}
+
 TEST(Executor, TouchesNoFileWhenTheJournalCannotBeSaved)
 {
     InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}};
     FaultInjectingFileManager files{
         disk, failEvery(FileCall::writeAtomically, std::errc::no_space_on_device)};
-    const SweepRecord record
-        = sweep(files, {moving("/in/a", "/out"), planned("/in/b", SweepAction::trash())});
+    const SweepRecord record =
+        sweep(files, {moving("/in/a", "/out"), planned("/in/b", SweepAction::trash())});
 
     EXPECT_THAT(record.entries, IsEmpty());
     EXPECT_EQ(disk.content("/in/a"), "A");
@@ -346,10 +358,10 @@ TEST(Executor, TellsItsObserverWhatHappened)
     InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}};
     disk.addFile("/blocked", "");
     Observer observer;
-    executorOn(disk).apply({{moving("/in/a", "/out"), moving("/in/b", "/blocked"),
-                               moving("/in/gone", "/out")}},
+    executorOn(disk).apply(
+        {{moving("/in/a", "/out"), moving("/in/b", "/blocked"), moving("/in/gone", "/out")}},
         sweepTime, sweepTime, &observer);
 
-    EXPECT_THAT(observer.events,
-        ElementsAre("1 of 3", "did /out/a", "2 of 3", "failed /in/b", "3 of 3"));
+    EXPECT_THAT(
+        observer.events, ElementsAre("1 of 3", "did /out/a", "2 of 3", "failed /in/b", "3 of 3"));
 }

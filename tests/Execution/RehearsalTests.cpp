@@ -61,7 +61,8 @@ std::vector<Row> rows()
         {"a name that an earlier action frees", {"/in/a", "/in/b"},
             {moving("/in/a", "/out"), planned("/in/b", SweepAction::rename("a"))}},
         {"a name that an earlier action takes", {"/in/a", "/in/b"},
-            {planned("/in/a", SweepAction::rename("c")), planned("/in/b", SweepAction::rename("c"))}},
+            {planned("/in/a", SweepAction::rename("c")),
+                planned("/in/b", SweepAction::rename("c"))}},
         {"a name that trashing frees", {"/in/a", "/in/b"},
             {planned("/in/a", SweepAction::trash()), planned("/in/b", SweepAction::rename("a"))}},
         {"a file renamed to its own name", {"/in/a.txt"},
@@ -86,9 +87,31 @@ std::vector<Row> rows()
             {moving("/in/a", "/out"), moving("/in/b", "/in/a")}},
         {"a folder below a file", {"/in/a", "/in/b", "/file"},
             {moving("/in/a", "/file/sub"), moving("/in/b", "/out")}},
+        {"one folder under two spellings", {"/in/a", "/in2/a", "/out/x"},
+            {moving("/in/a", "/out"), moving("/in2/a", "/in/../out")}},
+        {"one folder by its name and by a link", {"/in/a", "/in2/a", "/real/x"},
+            {moving("/in/a", "/real"), moving("/in2/a", "/link")}},
+        {"one file under two spellings", {"/in/a"},
+            {moving("/in/a", "/out"), moving("/in/../in/a", "/out")}},
+        {"a new folder below a link", {"/in/a", "/in2/a", "/real/x"},
+            {moving("/in/a", "/real/new"), moving("/in2/a", "/link/new")}},
+        {"a name that is too long", {"/in/a", "/in/b"},
+            {planned("/in/a", SweepAction::rename(std::string(256, 'x'))),
+                moving("/in/b", "/out")}},
+        {"a name that the number makes too long",
+            {"/in/a", "/in/b", "/in/" + std::string(254, 'x')},
+            {planned("/in/a", SweepAction::rename(std::string(254, 'x'))),
+                moving("/in/b", "/out")}},
         {"a name that is none", {"/in/a", "/in/b"},
             {planned("/in/a", SweepAction::rename("x/y")), moving("/in/b", "/out")}},
     };
+}
+
+void fill(InMemoryFileManager& disk, const Row& row)
+{
+    disk.addLink("/link", "/real");
+    for (const std::string& file : row.files)
+        disk.addFile(file, file);
 }
 
 }  // namespace
@@ -97,8 +120,7 @@ TEST(Rehearsal, ForetellsWhatTheSweepThenDoes)
 {
     for (const Row& row : rows()) {
         InMemoryFileManager disk;
-        for (const std::string& file : row.files)
-            disk.addFile(file, file);
+        fill(disk, row);
         const Moves foretold = rehearsed(disk, row.actions);
 
         EXPECT_EQ(foretold, performed(disk, row.actions)) << row.name;
@@ -109,8 +131,7 @@ TEST(Rehearsal, ChangesNothing)
 {
     for (const Row& row : rows()) {
         InMemoryFileManager disk;
-        for (const std::string& file : row.files)
-            disk.addFile(file, file);
+        fill(disk, row);
         const std::vector<std::string> before = disk.tree();
         const Rehearsal rehearsal({row.actions}, disk);
 
@@ -125,5 +146,10 @@ TEST(Rehearsal, TellsWhatStandsInTheWay)
 
     ASSERT_EQ(rehearsal.size(), 1U);
     EXPECT_EQ(rehearsal[0].destination, std::nullopt);
-    EXPECT_EQ(rehearsal[0].obstacle, std::make_error_code(std::errc::not_a_directory).message());
+    ASSERT_TRUE(rehearsal[0].obstacle);
+    try {
+        std::rethrow_exception(rehearsal[0].obstacle);
+    } catch (const std::filesystem::filesystem_error& error) {
+        EXPECT_EQ(error.code(), std::errc::not_a_directory);
+    }
 }

@@ -132,8 +132,8 @@ TEST(Undo, MovesNothingForATrashWithoutPlaceUnlessAFileHasAppearedThere)
 TEST(Undo, StopsAtTheFirstFailureAndGoesOnNextTime)
 {
     InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}, {"/in/c", "C"}};
-    const SweepRecord record
-        = sweep(disk, {moving("/in/a", "/out"), moving("/in/b", "/out"), moving("/in/c", "/out")});
+    const SweepRecord record =
+        sweep(disk, {moving("/in/a", "/out"), moving("/in/b", "/out"), moving("/in/c", "/out")});
     {
         FaultInjectingFileManager files{
             disk, failEvery(FileCall::moveItem, FileURL("/out/b"), std::errc::io_error)};
@@ -161,6 +161,22 @@ TEST(Undo, KeepsTheRecordWhenItCannotTellWhetherAFileIsThere)
 
     EXPECT_THROW(undo(files), std::filesystem::filesystem_error);
     EXPECT_EQ(journalOn(disk).load().sweeps, std::vector{record});
+}
+
+TEST(Undo, CountsWhatNoFileSystemCanHoldAsGone)
+{
+    InMemoryFileManager disk{{"/out/a", "A"}};
+    Journal journal;
+    journal.sweeps.push_back({.startedAt = sweepTime, .entries = {}});
+    for (const std::string& path :
+        {std::string(), std::string("relative"), std::string("/a\0b", 4)})
+        journal.sweeps[0].entries.push_back(entry(Op::move, "/in/x", path));
+    journal.sweeps[0].entries.push_back(entry(Op::move, "/in/a", "/out/a"));
+    journalOn(disk).save(journal);
+
+    EXPECT_TRUE(undo(disk));
+    EXPECT_EQ(disk.content("/in/a"), "A");
+    EXPECT_THAT(journalOn(disk).load().sweeps, IsEmpty());
 }
 
 TEST(Undo, PassesOnThatTheJournalCannotBeLoadedOrSaved)

@@ -1,5 +1,6 @@
 #include "FileInfo.h"
 
+#include "FaultInjectingFileManager.h"
 #include "InMemoryFileManager.h"
 
 #include <gtest/gtest.h>
@@ -68,6 +69,34 @@ TEST(FileInfo, ReadsFrontMatterOfMarkdownNotesOnly)
         const FileInfo info = FileInfo::readingResourceValues(disk, FileURL(row.path));
         EXPECT_EQ(info.frontMatter.has_value(), row.hasFrontMatter) << row.path;
     }
+}
+
+TEST(FileInfo, OpensNothingButMarkdownNotes)
+{
+    InMemoryFileManager disk{{"/a.md", "x"}, {"/a.mdx", "x"}, {"/a.txt", "x"}};
+    FaultInjectingFileManager counting(disk);
+
+    FileInfo::readingResourceValues(counting, FileURL("/a.mdx"));
+    FileInfo::readingResourceValues(counting, FileURL("/a.txt"));
+    EXPECT_EQ(counting.callCount(FileCall::readPrefix), 0);
+    FileInfo::readingResourceValues(counting, FileURL("/a.md"));
+    EXPECT_EQ(counting.callCount(FileCall::readPrefix), 1);
+    EXPECT_EQ(counting.callCount(FileCall::readFile), 0);
+}
+
+TEST(FileInfo, ReadsTheFirst8192BytesOfANote)
+{
+    const std::string head = "---\ntitle: a\n";
+    const auto note = [&](std::size_t size, std::string_view after) {
+        InMemoryFileManager disk{
+            {"/a.md", head + std::string(size - head.size(), 'x').append(after)}};
+        return FileInfo::readingResourceValues(disk, FileURL("/a.md")).frontMatter;
+    };
+
+    EXPECT_FALSE(note(8191, "ü")) << "the last byte is half a character";
+    EXPECT_TRUE(note(8190, "ü"));
+    EXPECT_EQ(note(8192, "\ntitle: b")->title, "a");
+    EXPECT_EQ(note(8192 - 9, "\ntitle: b")->title, "b");
 }
 
 TEST(FileInfo, HasNoFrontMatterWhenTheNoteHasNone)

@@ -176,8 +176,8 @@ TEST(MarkdownFrontMatter, HasTheLocalMidnightOfItsDayAsCreationDate)
              Row{"UTC", "-024-05-03", {}},
          }) {
         const ScopedEnvironment zone("TZ", row.zone);
-        const auto expected
-            = row.seconds ? std::optional(Date(Seconds(*row.seconds))) : std::nullopt;
+        const auto expected =
+            row.seconds ? std::optional(Date(Seconds(*row.seconds))) : std::nullopt;
         EXPECT_EQ(dated(row.date).createdDate(), expected) << row.zone << ' ' << row.date;
     }
     EXPECT_EQ(MarkdownFrontMatter{}.createdDate(), std::nullopt);

@@ -42,9 +42,8 @@ TEST(UniqueName, TakesTheFirstNameThatIsFree)
              Row{"a gap", {"a.png", "a 3.png"}, "a 2.png"},
              Row{"only a numbered one", {"a 2.png"}, "a.png"},
          }) {
-        const std::string name = UniqueName::firstFree("a.png", [&](std::string_view candidate) {
-            return row.taken.contains(std::string(candidate));
-        });
+        const std::string name = UniqueName::firstFree("a.png",
+            [&](std::string_view candidate) { return row.taken.contains(std::string(candidate)); });
         EXPECT_EQ(name, row.expected) << row.name;
     }
 }

@@ -74,8 +74,8 @@ TEST(Planner, KeepsTheOrderOfTheFilesAndLeavesOutThoseThatNoRuleMatches)
 {
     const Rule rule = moving("text", {"txt"});
 
-    const SweepPlan plan
-        = Planner::plan({file("z.txt"), file("m.png"), file("a.txt")}, {rule}, now);
+    const SweepPlan plan =
+        Planner::plan({file("z.txt"), file("m.png"), file("a.txt")}, {rule}, now);
 
     ASSERT_EQ(plan.actions.size(), 2U);
     EXPECT_EQ(plan.actions[0].source, FileURL("/in/z.txt"));
@@ -135,16 +135,17 @@ TEST(Planner, AppliesTheDefaultRulesInTheirOrder)
         FileInfo file;
         std::vector<std::string> acting;
     };
-    for (const Row& row : {
-             Row{"an old screenshot is a screenshot", file("Screenshot.png", longAgo),
-                 {"File screenshots"}},
-             Row{"an old installer is trashed", file("Setup.dmg", longAgo), {"Clean up installers"}},
-             Row{"an old installer that was opened lately is archived", openedLately,
-                 {"Archive old downloads"}},
-             Row{"a new installer stays", file("Setup.pkg"), {}},
-             Row{"an old file is archived", file("a.zip", longAgo), {"Archive old downloads"}},
-             Row{"a new file stays", file("a.zip"), {}},
-         }) {
+    for (const Row& row :
+        {
+            Row{"an old screenshot is a screenshot", file("Screenshot.png", longAgo),
+                {"File screenshots"}},
+            Row{"an old installer is trashed", file("Setup.dmg", longAgo), {"Clean up installers"}},
+            Row{"an old installer that was opened lately is archived", openedLately,
+                {"Archive old downloads"}},
+            Row{"a new installer stays", file("Setup.pkg"), {}},
+            Row{"an old file is archived", file("a.zip", longAgo), {"Archive old downloads"}},
+            Row{"a new file stays", file("a.zip"), {}},
+        }) {
         EXPECT_EQ(ruleNames(Planner::plan({row.file}, rules, now)), row.acting) << row.name;
     }
 }
@@ -153,8 +154,8 @@ TEST(Planner, PlansAFolderFromItsScan)
 {
     InMemoryFileManager disk{{"/in/b 10.txt", ""}, {"/in/b 9.txt", ""}, {"/in/c.png", ""}};
 
-    const SweepPlan plan
-        = Planner::plan(FileURL::directory("/in"), {moving("text", {"txt"})}, now, disk);
+    const SweepPlan plan =
+        Planner::plan(FileURL::directory("/in"), {moving("text", {"txt"})}, now, disk);
 
     ASSERT_EQ(plan.actions.size(), 2U);
     EXPECT_EQ(plan.actions[0].source, FileURL("/in/b 9.txt"));

@@ -43,8 +43,8 @@ TEST(StabilityGate, NeverLetsUnfinishedFilesThrough)
              Row{"x.parts", true},
              Row{"tmp", true},
          }) {
-        EXPECT_EQ(StabilityGate::isStable(file(row.name, distantPast), Seconds(60), now),
-            row.isStable)
+        EXPECT_EQ(
+            StabilityGate::isStable(file(row.name, distantPast), Seconds(60), now), row.isStable)
             << row.name;
     }
 }
@@ -70,6 +70,13 @@ TEST(StabilityGate, LetsAFileThroughOnceItHasRestedForTheGracePeriod)
             row.isStable)
             << row.name;
     }
+}
+
+TEST(StabilityGate, JudgesAnUnfinishedEndingInTheMiddleOfANameByItsAgeAlone)
+{
+    EXPECT_FALSE(StabilityGate::isStable(file("movie.partial.mp4", now), Seconds(60), now));
+    EXPECT_TRUE(
+        StabilityGate::isStable(file("movie.partial.mp4", now - Seconds(60)), Seconds(60), now));
 }
 
 TEST(StabilityGate, LetsAFileOfUnknownAgeThroughAtOnce)

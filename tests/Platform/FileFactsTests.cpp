@@ -137,6 +137,21 @@ TEST(FileFacts, TheScreenCaptureFlagIsRead)
         EXPECT_EQ(entry.facts, FileFactsReader::facts(folder.url(entry.name))) << entry.name;
 }
 
+TEST(FileFacts, AFlagThatMayNotBeReadCountsAsMissingAndStopsNoListing)
+{
+    const TemporaryFolder folder;
+    const ScopedOrdinaryUser user{folder};
+    const FileURL file = folder.write("shot.png", "");
+    setAttribute(file, plainFlag, "1");
+    ASSERT_EQ(::chmod(file.path().c_str(), 0), 0);
+
+    const auto entries = FileFactsReader::contentsOfDirectory(folder.url());
+
+    ASSERT_EQ(entries.size(), 1U);
+    EXPECT_TRUE(entries[0].facts.isRegularFile);
+    EXPECT_FALSE(entries[0].facts.isScreenCapture);
+}
+
 TEST(FileFacts, TheFlagIsFoundAmongManyAttributes)
 {
     const TemporaryFolder folder;

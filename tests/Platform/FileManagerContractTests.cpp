@@ -150,6 +150,17 @@ TEST_P(FileManagerContract, EveryNameIsWrittenListedReadAndMoved)
     }
 }
 
+TEST_P(FileManagerContract, LinksAreResolvedAsFarAsAPathExists)
+{
+    files().createDirectory(at("real/sub"));
+    makeLink("link", "real");
+    const std::string folder = files().resolvingLinks(at("real")).path();
+    for (const char* path : {"link", "real/sub/..", "link/sub/..", "./real"})
+        EXPECT_EQ(files().resolvingLinks(at(path)).path(), folder) << path;
+    EXPECT_EQ(files().resolvingLinks(at("link/new/2024-05")).path(), folder + "/new/2024-05");
+    EXPECT_EQ(files().resolvingLinks(FileURL{"/"}).path(), "/");
+}
+
 TEST_P(FileManagerContract, HiddenEntriesAreNotListed)
 {
     write(".hidden", "");

@@ -102,6 +102,17 @@ TEST(TimeZone, DaysThatTheCalendarDoesNotHaveHaveNoStart)
             << row[0] << ' ' << row[1] << ' ' << row[2];
 }
 
+TEST(TimeZone, TheFirstCenturiesAreShownAtOnceUnderAPOSIXRule)
+{
+    const ScopedEnvironment environment{"TZ", "CET-1CEST,M3.5.0,M10.5.0/3"};
+    const TimeZone zone = TimeZone::current();
+
+    EXPECT_EQ(zone.localTime(distantPast).year, 1);
+    EXPECT_EQ(zone.localTime(date("0001-06-01T12:00:00Z")), (LocalTime{1, 6, 1, 13, 0}));
+    EXPECT_TRUE(zone.startOfDay(1, 1, 1));
+    EXPECT_TRUE(zone.startOfDay(0, 1, 1));
+}
+
 struct EnvironmentRow {
     const char* value;
     LocalTime noonInSummer;

@@ -268,6 +268,19 @@ TEST_F(TrashTest, WhatIsInATrashOrHoldsOneIsRefused)
     EXPECT_EQ(m_folder.read("home/Trash/files/file"), "content");
 }
 
+TEST_F(TrashTest, AFileStaysWhereTheTrashHasAPathThatNoJournalCanName)
+{
+    const FileURL file = m_folder.write("file", "content");
+    const Trash trash{FileURL{m_folder.path("h\xff/Trash")}};
+    try {
+        trash.moveIn(file);
+        ADD_FAILURE() << "it was trashed";
+    } catch (const std::filesystem::filesystem_error& error) {
+        EXPECT_EQ(error.code().value(), EILSEQ);
+    }
+    EXPECT_EQ(m_folder.read("file"), "content");
+}
+
 TEST_F(TrashTest, WhatIsMissingCannotBeTrashed)
 {
     EXPECT_EQ(errorOf(m_folder.url("none")), ENOENT);

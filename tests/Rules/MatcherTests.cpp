@@ -117,12 +117,12 @@ TEST(Matcher, MeasuresTheAgeFromTheDateThatIsAskedFor)
         AgeBasis basis;
         double age;
     };
-    for (const Row& row : {Row{AgeBasis::modified, 10}, Row{AgeBasis::added, 20},
-             Row{AgeBasis::lastOpened, 30}}) {
-        EXPECT_TRUE(Matcher::matches(
-            {.minAge = Seconds(row.age), .ageBasis = row.basis}, info, now));
-        EXPECT_FALSE(Matcher::matches(
-            {.minAge = Seconds(row.age + 1), .ageBasis = row.basis}, info, now));
+    for (const Row& row :
+        {Row{AgeBasis::modified, 10}, Row{AgeBasis::added, 20}, Row{AgeBasis::lastOpened, 30}}) {
+        EXPECT_TRUE(
+            Matcher::matches({.minAge = Seconds(row.age), .ageBasis = row.basis}, info, now));
+        EXPECT_FALSE(
+            Matcher::matches({.minAge = Seconds(row.age + 1), .ageBasis = row.basis}, info, now));
     }
 }
 

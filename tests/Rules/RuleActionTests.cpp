@@ -8,8 +8,8 @@ using namespace tidemark;
 
 namespace {
 
-const Date may3{Seconds(1714745100)};        // 2024-05-03 14:05 UTC
-const Date march2023{Seconds(1678881600)};   // 2023-03-15 12:00 UTC
+const Date may3{Seconds(1714745100)};  // 2024-05-03 14:05 UTC
+const Date march2023{Seconds(1678881600)};  // 2023-03-15 12:00 UTC
 const Date endOfJanuary{Seconds(1706743800)};  // 2024-01-31 23:30 UTC
 const FileURL into = FileURL::directory("/into");
 
@@ -33,8 +33,7 @@ FileInfo note(std::string name, std::optional<std::string> title, std::optional<
 
 SweepAction fileInto(std::string month, std::string name)
 {
-    return SweepAction::fileInto(
-        FileURL::directory("/into/" + std::move(month)), std::move(name));
+    return SweepAction::fileInto(FileURL::directory("/into/" + std::move(month)), std::move(name));
 }
 
 }  // namespace
@@ -57,8 +56,8 @@ TEST_F(RuleActionTest, AScreenshotIsNamedByItsModificationDate)
 
     EXPECT_EQ(action.resolve(file("Screenshot 1.PNG"), may3),
         SweepAction::fileInto(into, "2024-05-03 14.05.png"));
-    EXPECT_EQ(action.resolve(file("Screenshot"), may3),
-        SweepAction::fileInto(into, "2024-05-03 14.05"));
+    EXPECT_EQ(
+        action.resolve(file("Screenshot"), may3), SweepAction::fileInto(into, "2024-05-03 14.05"));
 }
 
 TEST_F(RuleActionTest, TheArchiveIsAPlainMoveIntoTheMonthInWhichTheFileWasAdded)
@@ -78,8 +77,9 @@ TEST_F(RuleActionTest, MonthsAreThoseOfTheCurrentTimeZone)
     };
     FileInfo info = file("a.zip");
     info.added = endOfJanuary;
-    for (const Row& row : {Row{"UTC", "/into/2024-01"}, Row{"Europe/Berlin", "/into/2024-02"},
-             Row{"America/New_York", "/into/2024-01"}, Row{"Pacific/Kiritimati", "/into/2024-02"}}) {
+    for (const Row& row :
+        {Row{"UTC", "/into/2024-01"}, Row{"Europe/Berlin", "/into/2024-02"},
+            Row{"America/New_York", "/into/2024-01"}, Row{"Pacific/Kiritimati", "/into/2024-02"}}) {
         const ScopedEnvironment zone("TZ", row.zone);
         EXPECT_EQ(RuleAction::archiveByMonth(into).resolve(info, may3),
             SweepAction::move(FileURL::directory(row.month)))
@@ -95,7 +95,8 @@ TEST_F(RuleActionTest, ANoteIsNamedByItsTitleAndFiledByItsMonth)
         SweepAction expected;
     };
     for (const Row& row : {
-             Row{"title and date", note("x.md", "Plan", "2024-05-03"), fileInto("2024-05", "Plan.md")},
+             Row{"title and date", note("x.md", "Plan", "2024-05-03"),
+                 fileInto("2024-05", "Plan.md")},
              Row{"a title of blanks, no date", note("x.md", "  ", std::nullopt),
                  fileInto("2023-03", "x.md")},
              Row{"slash and colon", note("x.markdown", "a/b:c", std::nullopt),
@@ -104,7 +105,8 @@ TEST_F(RuleActionTest, ANoteIsNamedByItsTitleAndFiledByItsMonth)
                  fileInto("2023-03", "Plan- Q3.md")},
              Row{"no extension", note("x", "Plan", std::nullopt), fileInto("2023-03", "Plan")},
              Row{"newlines and blanks around the title",
-                 note("x.md", "\n\t Plan\u2028\u00A0", std::nullopt), fileInto("2023-03", "Plan.md")},
+                 note("x.md", "\n\t Plan\u2028\u00A0", std::nullopt),
+                 fileInto("2023-03", "Plan.md")},
              Row{"a title of slashes is not empty", note("x.md", "//", std::nullopt),
                  fileInto("2023-03", "--.md")},
              Row{"a month without leading zero does not count", note("x.md", "Plan", "2024-7-01"),

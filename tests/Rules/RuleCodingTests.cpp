@@ -137,8 +137,8 @@ TEST(RuleCoding, WritesARuleWithSortedKeysAndWithoutAbsentMembers)
 
 TEST(RuleCoding, ReadsBackEveryRuleThatItWrites)
 {
-    std::vector<Rule> rules
-        = DefaultRules::all(FileURL::directory("/s"), FileURL::directory("/a ü"));
+    std::vector<Rule> rules =
+        DefaultRules::all(FileURL::directory("/s"), FileURL::directory("/a ü"));
     rules.push_back(DefaultRules::markdown(FileURL::directory("/n")));
     rules.push_back({.name = "\"quoted\"\n",
         .isEnabled = false,
@@ -165,27 +165,28 @@ TEST(RuleCoding, RefusesARuleWithAnythingMissingOrWrong)
         std::string text;
         const char* error;
     };
-    for (const Row& row : {
-             Row{"id", replaced(ruleText, "\"id\"", "\"x\""), "the key \"id\" is missing"},
-             Row{"name", replaced(ruleText, "\"name\"", "\"x\""), "the key \"name\" is missing"},
-             Row{"isEnabled", replaced(ruleText, "\"isEnabled\"", "\"x\""),
-                 "the key \"isEnabled\" is missing"},
-             Row{"match", replaced(ruleText, "\"match\"", "\"x\""), "the key \"match\" is missing"},
-             Row{"action", replaced(ruleText, "\"action\"", "\"x\""),
-                 "the key \"action\" is missing"},
-             Row{"fileTypes", replaced(ruleText, "\"fileTypes\"", "\"x\""),
-                 "match: the key \"fileTypes\" is missing"},
-             Row{"ageBasis", replaced(ruleText, "\"ageBasis\"", "\"x\""),
-                 "match: the key \"ageBasis\" is missing"},
-             Row{"unknown basis", replaced(ruleText, "\"added\"", "\"size\""),
-                 "match.ageBasis: Cannot initialize AgeBasis from invalid String value size"},
-             Row{"no boolean", replaced(ruleText, "false", "0"),
-                 "isEnabled: expected a boolean, found a number"},
-             Row{"no string in a list", replaced(ruleText, "\"png\"", "7"),
-                 "match.fileTypes[0]: expected a string, found a number"},
-             Row{"no UUID", replaced(ruleText, "0F1E2D3C", "0F1E"), "id: expected a UUID"},
-             Row{"null", replaced(ruleText, "\"N\"", "null"), "name: expected a string, found null"},
-         }) {
+    for (const Row& row :
+        {
+            Row{"id", replaced(ruleText, "\"id\"", "\"x\""), "the key \"id\" is missing"},
+            Row{"name", replaced(ruleText, "\"name\"", "\"x\""), "the key \"name\" is missing"},
+            Row{"isEnabled", replaced(ruleText, "\"isEnabled\"", "\"x\""),
+                "the key \"isEnabled\" is missing"},
+            Row{"match", replaced(ruleText, "\"match\"", "\"x\""), "the key \"match\" is missing"},
+            Row{"action", replaced(ruleText, "\"action\"", "\"x\""),
+                "the key \"action\" is missing"},
+            Row{"fileTypes", replaced(ruleText, "\"fileTypes\"", "\"x\""),
+                "match: the key \"fileTypes\" is missing"},
+            Row{"ageBasis", replaced(ruleText, "\"ageBasis\"", "\"x\""),
+                "match: the key \"ageBasis\" is missing"},
+            Row{"unknown basis", replaced(ruleText, "\"added\"", "\"size\""),
+                "match.ageBasis: Cannot initialize AgeBasis from invalid String value size"},
+            Row{"no boolean", replaced(ruleText, "false", "0"),
+                "isEnabled: expected a boolean, found a number"},
+            Row{"no string in a list", replaced(ruleText, "\"png\"", "7"),
+                "match.fileTypes[0]: expected a string, found a number"},
+            Row{"no UUID", replaced(ruleText, "0F1E2D3C", "0F1E"), "id: expected a UUID"},
+            Row{"null", replaced(ruleText, "\"N\"", "null"), "name: expected a string, found null"},
+        }) {
         EXPECT_THAT(errorOf<Rule>(row.text), HasSubstr(row.error)) << row.name;
     }
 }

@@ -89,8 +89,8 @@ TEST(SettingsCoding, ReadsBackWhatItWrites)
 TEST(SettingsCoding, UpgradesTheLayoutWithOneListOfRules)
 {
     const Rule rule = DefaultRules::installers(30);
-    const std::string text
-        = R"({"watchedFolders": ["/a", "/b"], "rules": [)" + JSONCoders::encode(rule) + "]}";
+    const std::string text =
+        R"({"watchedFolders": ["/a", "/b"], "rules": [)" + JSONCoders::encode(rule) + "]}";
 
     const Settings expected{.folders = {{.path = "/a", .rules = {rule}, .sortsMarkdown = true},
                                 {.path = "/b", .rules = {rule}, .sortsMarkdown = true}}};
@@ -107,8 +107,8 @@ TEST(SettingsCoding, ReadsHalfOfTheOldLayout)
 
 TEST(SettingsCoding, IgnoresTheOldLayoutBesideTheNew)
 {
-    const Settings settings
-        = decoded(R"({"folders": [{"path": "/new"}], "watchedFolders": 7, "rules": "x"})");
+    const Settings settings =
+        decoded(R"({"folders": [{"path": "/new"}], "watchedFolders": 7, "rules": "x"})");
 
     ASSERT_EQ(settings.folders.size(), 1U);
     EXPECT_EQ(settings.folders[0].path, "/new");
@@ -134,6 +134,16 @@ TEST(SettingsCoding, DropsRulesThatFileMarkdownAndKeepsTheOthersInOrder)
     EXPECT_THAT(JSONCoders::encode(loaded), Not(HasSubstr("fileMarkdown")));
 }
 
+TEST(SettingsCoding, TheOldLayoutsMarkdownRuleIsGoneOnceTheNewLayoutWasSavedAndLoaded)
+{
+    const Rule rule = DefaultRules::markdown(FileURL("/n"));
+    const Settings old =
+        decoded(R"({"watchedFolders": ["/a"], "rules": [)" + JSONCoders::encode(rule) + "]}");
+
+    EXPECT_EQ(old.folders[0].rules, std::vector{rule});
+    EXPECT_TRUE(decoded(JSONCoders::encode(old)).folders[0].rules.empty());
+}
+
 TEST(SettingsCoding, UpgradesTheRuleThatKnewScreenshotsByNameAlone)
 {
     struct Row {
@@ -150,8 +160,8 @@ TEST(SettingsCoding, UpgradesTheRuleThatKnewScreenshotsByNameAlone)
              Row{"no pattern", screenshotRule(std::nullopt, std::nullopt), std::nullopt},
          }) {
         const std::string rule = JSONCoders::encode(row.rule);
-        const Settings current
-            = decoded(R"({"folders": [{"path": "/a", "rules": [)" + rule + "]}]}");
+        const Settings current =
+            decoded(R"({"folders": [{"path": "/a", "rules": [)" + rule + "]}]}");
         const Settings old = decoded(R"({"watchedFolders": ["/a"], "rules": [)" + rule + "]}");
         EXPECT_EQ(current.folders[0].rules[0].match.screenCaptureOnly, row.expected) << row.name;
         EXPECT_EQ(old.folders[0].rules[0].match.screenCaptureOnly, row.expected) << row.name;
@@ -164,25 +174,26 @@ TEST(SettingsCoding, RefusesValuesOfTheWrongType)
         const char* text;
         const char* error;
     };
-    for (const Row& row : {
-             Row{R"({"markdownSubfolder": 1})",
-                 "markdownSubfolder: expected a string, found a number"},
-             Row{R"({"gracePeriod": "60"})", "gracePeriod: expected a number, found a string"},
-             Row{R"({"isPaused": 0})", "isPaused: expected a boolean, found a number"},
-             Row{R"({"hasOnboarded": "yes"})", "hasOnboarded: expected a boolean, found a string"},
-             Row{R"({"folders": {}})", "folders: expected an array, found an object"},
-             Row{R"({"folders": [7]})", "folders[0]: expected an object, found a number"},
-             Row{R"({"folders": [{"rules": []}]})", "folders[0]: the key \"path\" is missing"},
-             Row{R"({"folders": [{"path": "/a", "rules": [{}]}]})",
-                 "folders[0].rules[0]: the key \"id\" is missing"},
-             Row{R"({"folders": [{"path": "/a", "sortsMarkdown": "no"}]})",
-                 "folders[0].sortsMarkdown: expected a boolean, found a string"},
-             Row{R"({"watchedFolders": "/a"})", "watchedFolders: expected an array, found a string"},
-             Row{R"({"watchedFolders": ["/a", 2]})",
-                 "watchedFolders[1]: expected a string, found a number"},
-             Row{R"({"rules": {}})", "rules: expected an array, found an object"},
-             Row{"[]", "settings.json: expected an object, found an array"},
-         }) {
+    for (const Row& row :
+        {
+            Row{R"({"markdownSubfolder": 1})",
+                "markdownSubfolder: expected a string, found a number"},
+            Row{R"({"gracePeriod": "60"})", "gracePeriod: expected a number, found a string"},
+            Row{R"({"isPaused": 0})", "isPaused: expected a boolean, found a number"},
+            Row{R"({"hasOnboarded": "yes"})", "hasOnboarded: expected a boolean, found a string"},
+            Row{R"({"folders": {}})", "folders: expected an array, found an object"},
+            Row{R"({"folders": [7]})", "folders[0]: expected an object, found a number"},
+            Row{R"({"folders": [{"rules": []}]})", "folders[0]: the key \"path\" is missing"},
+            Row{R"({"folders": [{"path": "/a", "rules": [{}]}]})",
+                "folders[0].rules[0]: the key \"id\" is missing"},
+            Row{R"({"folders": [{"path": "/a", "sortsMarkdown": "no"}]})",
+                "folders[0].sortsMarkdown: expected a boolean, found a string"},
+            Row{R"({"watchedFolders": "/a"})", "watchedFolders: expected an array, found a string"},
+            Row{R"({"watchedFolders": ["/a", 2]})",
+                "watchedFolders[1]: expected a string, found a number"},
+            Row{R"({"rules": {}})", "rules: expected an array, found an object"},
+            Row{"[]", "settings.json: expected an object, found an array"},
+        }) {
         EXPECT_THAT(errorOf(row.text), HasSubstr(row.error));
     }
 }

@@ -132,6 +132,11 @@ bool FaultInjectingFileManager::directoryExists(const FileURL& url)
     return performing(FileCall::directoryExists, url, [&] { return m_files.directoryExists(url); });
 }
 
+FileURL FaultInjectingFileManager::resolvingLinks(const FileURL& url)
+{
+    return performing(FileCall::resolvingLinks, url, [&] { return m_files.resolvingLinks(url); });
+}
+
 std::vector<DirectoryEntry> FaultInjectingFileManager::contentsOfDirectory(const FileURL& folder)
 {
     return performing(

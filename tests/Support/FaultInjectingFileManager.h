@@ -13,6 +13,7 @@ namespace tidemark {
 enum class FileCall {
     fileExists,
     directoryExists,
+    resolvingLinks,
     contentsOfDirectory,
     facts,
     createDirectory,
@@ -54,7 +55,7 @@ FileFault afterTheEffect(FileFault fault);
 
 /// Passes every call on to another file manager, but lets chosen ones fail with a filesystem_error. Safe
 /// from any thread. The other file manager must outlive it.
-class FaultInjectingFileManager final : public FileManager {
+class FaultInjectingFileManager : public FileManager {
 public:
     explicit FaultInjectingFileManager(FileManager& files);
     FaultInjectingFileManager(FileManager& files, FileFault fault);
@@ -71,6 +72,7 @@ public:
 
     bool fileExists(const FileURL& url) override;
     bool directoryExists(const FileURL& url) override;
+    FileURL resolvingLinks(const FileURL& url) override;
     std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) override;
     FileFacts facts(const FileURL& url) override;
     void createDirectory(const FileURL& folder) override;

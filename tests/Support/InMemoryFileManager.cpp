@@ -356,6 +356,24 @@ bool InMemoryFileManager::directoryExists(const FileURL& url)
     return node && node->kind == Kind::folder;
 }
 
+FileURL InMemoryFileManager::resolvingLinks(const FileURL& url)
+{
+    const std::lock_guard lock{m_mutex};
+    const auto kind = url.isDirectory() ? FileURL::Kind::directory : FileURL::Kind::file;
+    std::string rest;
+    for (FileURL existing = url;; existing = existing.parent()) {
+        try {
+            const std::string resolved = resolve(existing, LastLink::follow);
+            return FileURL{rest.empty() ? resolved : joined(resolved, rest), kind};
+        } catch (const std::filesystem::filesystem_error& error) {
+            if (error.code() != std::errc::no_such_file_or_directory)
+                throw;
+            const std::string name{existing.lastPathComponent()};
+            rest = rest.empty() ? name : joined(name, rest);
+        }
+    }
+}
+
 std::vector<DirectoryEntry> InMemoryFileManager::contentsOfDirectory(const FileURL& folder)
 {
     const std::lock_guard lock{m_mutex};

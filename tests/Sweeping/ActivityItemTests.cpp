@@ -43,8 +43,8 @@ TEST(ActivityItem, IsIdentifiedByOldPathAndSeconds)
         double seconds;
         const char* id;
     };
-    for (const Row& row : {Row{1741944413, "/a|1741944413.0"}, Row{0, "/a|0.0"},
-             Row{-1, "/a|-1.0"}, Row{1741944413.5, "/a|1741944413.5"}, Row{0.1, "/a|0.1"},
+    for (const Row& row : {Row{1741944413, "/a|1741944413.0"}, Row{0, "/a|0.0"}, Row{-1, "/a|-1.0"},
+             Row{1741944413.5, "/a|1741944413.5"}, Row{0.1, "/a|0.1"},
              Row{1e15, "/a|1000000000000000.0"}})
         EXPECT_EQ(item(Op::move, "/a", row.seconds).id(), row.id);
 }

@@ -67,8 +67,7 @@ protected:
     {
         std::map<std::string, Fingerprint> prints;
         for (const char* folder : {"Desktop", "Downloads"}) {
-            for (const auto& item :
-                std::filesystem::directory_iterator(m_home.path(folder))) {
+            for (const auto& item : std::filesystem::directory_iterator(m_home.path(folder))) {
                 if (item.is_regular_file())
                     prints.emplace(item.path().string(), fingerprint(item.path().string()));
             }

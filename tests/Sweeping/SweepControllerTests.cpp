@@ -35,9 +35,8 @@ Rule movingTo(const std::string& folder)
 
 Settings watching(std::string path)
 {
-    return {.folders = {{.path = std::move(path),
-                .rules = {movingTo("/out")},
-                .sortsMarkdown = false}}};
+    return {.folders = {
+                {.path = std::move(path), .rules = {movingTo("/out")}, .sortsMarkdown = false}}};
 }
 
 /// Paths "/from/<number>" with `count` entries from `first` on.
@@ -203,8 +202,8 @@ TEST(SweepController, ListsTheNewestActivityFirstAcrossSweeps)
     SweepController controller = controllerOn(disk);
 
     EXPECT_THAT(namesOf(controller.recentActivity(5)), ElementsAre("6", "5", "4", "3", "2"));
-    EXPECT_THAT(namesOf(controller.recentActivity(100)),
-        ElementsAre("6", "5", "4", "3", "2", "1", "0"));
+    EXPECT_THAT(
+        namesOf(controller.recentActivity(100)), ElementsAre("6", "5", "4", "3", "2", "1", "0"));
     EXPECT_THAT(controller.recentActivity(0), IsEmpty());
 }
 

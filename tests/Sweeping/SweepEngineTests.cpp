@@ -103,8 +103,8 @@ TEST_F(SweepEngineTest, JoinsTheFoldersInTheirOrderIntoOneRecord)
     addFile("/one/b");
     addFile("/two/a");
 
-    const SweepRecord record
-        = sweep({watched("/two", {movingTo("/out")}), watched("/one", {movingTo("/out")})});
+    const SweepRecord record =
+        sweep({watched("/two", {movingTo("/out")}), watched("/one", {movingTo("/out")})});
 
     EXPECT_THAT(destinations(record), ElementsAre("/out/a", "/out/a 2", "/out/b"));
 }
@@ -124,8 +124,8 @@ TEST_F(SweepEngineTest, PlansAllFoldersBeforeAnythingIsMoved)
     m_disk.addFolder("/two");
 
     // Were the second folder scanned after the first one's moves, the file would travel on.
-    const SweepRecord record
-        = sweep({watched("/one", {movingTo("/two")}), watched("/two", {movingTo("/out")})});
+    const SweepRecord record =
+        sweep({watched("/one", {movingTo("/two")}), watched("/two", {movingTo("/out")})});
 
     EXPECT_THAT(destinations(record), ElementsAre("/two/a"));
 }
@@ -144,8 +144,10 @@ TEST_F(SweepEngineTest, TakesAgesFromNowAndTheRecordsStartFromItsStart)
 {
     addFile("/in/a", 60);
     const Date start = now - Seconds(50);
+    Rule rule = movingTo("/out");
+    rule.match.minAge = Seconds(60);
 
-    const SweepRecord record = sweep({watched("/in", {movingTo("/out")})}, start);
+    const SweepRecord record = sweep({watched("/in", {rule})}, start);
 
     EXPECT_EQ(record.startedAt, start);
     ASSERT_EQ(record.entries.size(), 1U);
@@ -164,8 +166,8 @@ TEST_F(SweepEngineTest, OffersTheStepForOneFolder)
             .frontMatter = std::nullopt,
             .isScreenCapture = false};
     };
-    const SweepPlan plan
-        = SweepEngine::plan({file("/in/b", 60), file("/in/a", 60), file("/in/c", 5)},
+    const SweepPlan plan =
+        SweepEngine::plan({file("/in/b", 60), file("/in/a", 60), file("/in/c", 5)},
             {movingTo("/out")}, Seconds(60), now);
 
     ASSERT_EQ(plan.actions.size(), 2U);
