@@ -1,5 +1,6 @@
 #include "Executor.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace tidemark {
@@ -105,8 +106,8 @@ std::optional<SweepRecord> Executor::undoLastSweep(Date /*now*/, UndoObserver* o
         return std::nullopt;
 
     const std::vector<JournalEntry>& entries = journal.sweeps.back().entries;
-    for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry)
-        restore(*entry, follower);
+    std::for_each(entries.rbegin(), entries.rend(),
+        [&](const JournalEntry& entry) { restore(entry, follower); });
 
     SweepRecord undone = std::move(journal.sweeps.back());
     journal.sweeps.pop_back();

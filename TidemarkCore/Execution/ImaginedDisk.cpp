@@ -79,10 +79,15 @@ std::string_view ImaginedDisk::sourceName(std::uint32_t action) const
 
 bool ImaginedDisk::hasLeft(const Folder& folder, std::string_view name) const
 {
-    const auto range = std::ranges::equal_range(
-        folder.sources, name, {}, [this](std::uint32_t action) { return sourceName(action); });
-    return std::any_of(
-        range.begin(), range.end(), [this](std::uint32_t action) { return m_hasLeft[action]; });
+    auto source = std::lower_bound(folder.sources.begin(), folder.sources.end(), name,
+        [this](
+            std::uint32_t action, std::string_view wanted) { return sourceName(action) < wanted; });
+    // One file may be in the plan several times.
+    for (; source != folder.sources.end() && sourceName(*source) == name; ++source) {
+        if (m_hasLeft[*source])
+            return true;
+    }
+    return false;
 }
 
 bool ImaginedDisk::existsReally(std::string_view folder, std::string_view name)

@@ -5,9 +5,10 @@
 #include "SystemCall.h"
 
 #include <fcntl.h>
-#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cstdio>
 
 namespace tidemark::FileMover {
 

@@ -45,7 +45,7 @@ std::size_t sizeOfRegularFile(const FileDescriptor& file, const FileURL& url)
 std::string readUpTo(
     std::size_t maxBytes, std::size_t expected, const FileDescriptor& file, const FileURL& url)
 {
-    constexpr std::size_t step = 64 * 1024;
+    constexpr std::size_t step = std::size_t{64} << 10;
     // A little more room than content: parsers want to read past the end without a copy.
     constexpr std::size_t padding = 128;
     std::string content;

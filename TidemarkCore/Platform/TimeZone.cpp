@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace tidemark {
 
@@ -25,7 +24,7 @@ constexpr std::int64_t earliestShown = secondsAt(year{1} / 1 / 1);
 constexpr std::int64_t latestShown = secondsAt(sys_days{year{9999} / 12 / 31} + days{1}) - 1;
 
 /// Longer than any zone is away from UTC, even together with a jump across the date line.
-constexpr std::int64_t longestOffset = 48 * 3600;
+constexpr std::int64_t longestOffset = std::int64_t{48} * 3600;
 
 /// Before this no zone had rules; and asked for the first centuries, Qt works out those of a POSIX rule in TZ
 /// for ever.
@@ -79,8 +78,8 @@ QTimeZone systemZone()
 
 }  // namespace
 
-TimeZone::TimeZone(QTimeZone zone)
-    : m_zone(std::move(zone))
+TimeZone::TimeZone(const QTimeZone& zone)
+    : m_zone(zone)
 {
 }
 

@@ -38,7 +38,7 @@ public:
     std::optional<Date> startOfDay(int year, int month, int day) const;
 
 private:
-    explicit TimeZone(QTimeZone zone);
+    explicit TimeZone(const QTimeZone& zone);
 
     QTimeZone m_zone;
 };

@@ -76,11 +76,12 @@ std::vector<ActivityItem> SweepController::recentActivity(int limit)
         qFatal("recentActivity: the limit is negative");
     const auto journal = m_journalReader.read();
     std::vector<ActivityItem> items;
-    for (auto sweep = journal->sweeps.rbegin(); sweep != journal->sweeps.rend(); ++sweep) {
-        for (auto entry = sweep->entries.rbegin(); entry != sweep->entries.rend(); ++entry) {
+    for (std::size_t sweep = journal->sweeps.size(); sweep-- > 0;) {
+        const std::vector<JournalEntry>& entries = journal->sweeps[sweep].entries;
+        for (std::size_t entry = entries.size(); entry-- > 0;) {
             if (items.size() == static_cast<std::size_t>(limit))
                 return items;
-            items.push_back(ActivityItem::of(*entry));
+            items.push_back(ActivityItem::of(entries[entry]));
         }
     }
     return items;
