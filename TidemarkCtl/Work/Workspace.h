@@ -18,7 +18,7 @@ namespace tidemark {
 /// SupportLock before making it. For one thread.
 class Workspace {
 public:
-    /// A settings file that could not be read and was moved aside for a new one.
+    /// A settings file that could not be read and was kept beside the new one.
     struct ReplacedSettings {
         std::string problem;
         std::string keptAs;  ///< The path it has now.
