@@ -14,6 +14,12 @@ public:
     virtual ~SweepObserver() = default;
 
     virtual void willScan(const FileURL& /*folder*/) { }
+
+    /// When the earliest of the files that are left alone only because they are too young will be old
+    /// enough: after the sweep's `now`, finite, but maybe in a far future. Called at most once, when every
+    /// folder was scanned and nothing has been performed yet; not called when there is no such file.
+    virtual void willComeOfAge(Date /*earliest*/) { }
+
     virtual void willPerform(std::size_t /*index*/, std::size_t /*count*/) { }
     virtual void didPerform(const JournalEntry& /*entry*/) { }
 

@@ -1,7 +1,7 @@
 #include "Planner.h"
 
 #include "DirectoryScan.h"
-#include "Matcher.h"
+#include "RuleChoice.h"
 #include "TimeZone.h"
 
 #include <algorithm>
@@ -9,14 +9,6 @@
 namespace tidemark::Planner {
 
 namespace {
-
-const Rule* firstMatchingRule(const std::vector<Rule>& rules, const FileInfo& file, Date now)
-{
-    const auto found = std::ranges::find_if(rules, [&](const Rule& rule) {
-        return rule.isEnabled && Matcher::matches(rule.match, file, now);
-    });
-    return found == rules.end() ? nullptr : &*found;
-}
 
 std::optional<Date> creationDateToStamp(const Rule& rule, const FileInfo& file)
 {
@@ -32,10 +24,14 @@ SweepPlan plan(std::vector<FileInfo> files, const std::vector<Rule>& rules, Date
     const TimeZone timeZone = TimeZone::current();
     SweepPlan result;
     result.actions.reserve(files.size());
+    Date comingOfAge = never;
     for (FileInfo& file : files) {
-        const Rule* rule = firstMatchingRule(rules, file, now);
-        if (rule == nullptr)
+        const RuleChoice choice = RuleChoice::of(file, rules, now);
+        const Rule* rule = choice.rule;
+        if (rule == nullptr) {
+            comingOfAge = std::min(comingOfAge, choice.matchesFrom);
             continue;
+        }
         SweepAction action = rule->action.resolve(file, now, timeZone);
         result.actions.push_back({
             .source = std::move(file.url),
@@ -45,6 +41,8 @@ SweepPlan plan(std::vector<FileInfo> files, const std::vector<Rule>& rules, Date
             .stampCreated = creationDateToStamp(*rule, file),
         });
     }
+    if (comingOfAge < never)
+        result.comingOfAge = comingOfAge;
     return result;
 }
 

@@ -9,10 +9,19 @@ namespace tidemark::StabilityGate {
 
 bool isStable(const FileInfo& file, Seconds gracePeriod, Date now)
 {
+    return hasRested(file, gracePeriod, now) && !isInProgress(file);
+}
+
+bool hasRested(const FileInfo& file, Seconds gracePeriod, Date now)
+{
+    return now - file.modified >= gracePeriod;
+}
+
+bool isInProgress(const FileInfo& file)
+{
     const std::string name = lowercased(file.url.lastPathComponent());
-    const bool isInProgress = std::ranges::any_of(
+    return std::ranges::any_of(
         inProgressSuffixes, [&](std::string_view suffix) { return name.ends_with(suffix); });
-    return !isInProgress && now - file.modified >= gracePeriod;
 }
 
 }  // namespace tidemark::StabilityGate

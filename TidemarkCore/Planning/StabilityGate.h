@@ -14,8 +14,15 @@ namespace StabilityGate {
 inline constexpr std::array<std::string_view, 5> inProgressSuffixes{
     ".download", ".crdownload", ".part", ".partial", ".tmp"};
 
-/// False for an unfinished file's name, and for a file modified less than `gracePeriod` before `now`.
+/// Whether the file has rested and its name is no unfinished file's.
 bool isStable(const FileInfo& file, Seconds gracePeriod, Date now);
+
+/// False for a file modified less than `gracePeriod` before `now`. Once rested, a file stays so until it is
+/// modified again.
+bool hasRested(const FileInfo& file, Seconds gracePeriod, Date now);
+
+/// Whether the name ends like an unfinished file's.
+bool isInProgress(const FileInfo& file);
 
 }  // namespace StabilityGate
 

@@ -31,9 +31,29 @@ bool hasNameOrFlag(const RuleMatch& match, const FileInfo& file)
     return !match.namePattern || matchesPattern(match, file);
 }
 
-Date dateFor(AgeBasis basis, const FileInfo& file)
+}  // namespace
+
+bool matches(const RuleMatch& match, const FileInfo& file, Date now)
 {
-    switch (basis) {
+    return fitsApartFromAge(match, file) && isOldEnough(match, file, now);
+}
+
+bool fitsApartFromAge(const RuleMatch& match, const FileInfo& file)
+{
+    return hasType(match, file) && hasNameOrFlag(match, file);
+}
+
+bool isOldEnough(const RuleMatch& match, const FileInfo& file, Date now)
+{
+    if (!match.minAge)
+        return true;
+    const Seconds age = now - ageDate(match, file);
+    return !(age < *match.minAge);
+}
+
+Date ageDate(const RuleMatch& match, const FileInfo& file)
+{
+    switch (match.ageBasis) {
     case AgeBasis::modified:
         return file.modified;
     case AgeBasis::added:
@@ -42,21 +62,6 @@ Date dateFor(AgeBasis basis, const FileInfo& file)
         return file.lastOpened;
     }
     return file.modified;
-}
-
-bool isOldEnough(const RuleMatch& match, const FileInfo& file, Date now)
-{
-    if (!match.minAge)
-        return true;
-    const Seconds age = now - dateFor(match.ageBasis, file);
-    return !(age < *match.minAge);
-}
-
-}  // namespace
-
-bool matches(const RuleMatch& match, const FileInfo& file, Date now)
-{
-    return hasType(match, file) && hasNameOrFlag(match, file) && isOldEnough(match, file, now);
 }
 
 }  // namespace tidemark::Matcher

@@ -48,6 +48,14 @@ Rehearsal SweepController::preview(Date now, SweepObserver* observer)
     return m_engine.rehearse(effectiveFolders(m_settings), m_settings.gracePeriod, now, observer);
 }
 
+std::optional<Date> SweepController::nextSweepDue(
+    const Settings& settings, Date now, SweepObserver* observer)
+{
+    if (settings.isPaused)
+        return std::nullopt;
+    return m_engine.nextSweepDue(effectiveFolders(settings), settings.gracePeriod, now, observer);
+}
+
 std::optional<SweepRecord> SweepController::undoLast(Date now, UndoObserver* observer)
 {
     return m_executor.undoLastSweep(now, observer);

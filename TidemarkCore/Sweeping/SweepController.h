@@ -48,6 +48,10 @@ public:
     /// any folder throws.
     Rehearsal preview(Date now, SweepObserver* observer = nullptr);
 
+    /// When to sweep next with these settings: SweepEngine::nextSweepDue; nothing while they say paused.
+    std::optional<Date> nextSweepDue(
+        const Settings& settings, Date now, SweepObserver* observer = nullptr);
+
     /// Executor::undoLastSweep.
     std::optional<SweepRecord> undoLast(Date now, UndoObserver* observer = nullptr);
 

@@ -1,5 +1,6 @@
 #include "SweepEngine.h"
 
+#include "ComingOfAge.h"
 #include "DirectoryScan.h"
 #include "Planner.h"
 #include "StabilityGate.h"
@@ -8,6 +9,22 @@
 #include <iterator>
 
 namespace tidemark {
+
+static std::optional<Date> earlier(std::optional<Date> one, std::optional<Date> other)
+{
+    if (!one || !other)
+        return one ? one : other;
+    return std::min(*one, *other);
+}
+
+static void append(SweepPlan one, SweepPlan& joined)
+{
+    joined.comingOfAge = earlier(joined.comingOfAge, one.comingOfAge);
+    if (joined.actions.empty())
+        joined.actions = std::move(one.actions);
+    else
+        std::ranges::move(one.actions, std::back_inserter(joined.actions));
+}
 
 SweepEngine::SweepEngine(Executor executor, FileManager& fileManager)
     : m_executor(std::move(executor))
@@ -30,30 +47,44 @@ Rehearsal SweepEngine::rehearse(const std::vector<WatchedFolder>& folders, Secon
     return {plan(folders, gracePeriod, now, observer), *m_fileManager};
 }
 
+std::optional<Date> SweepEngine::nextSweepDue(const std::vector<WatchedFolder>& folders,
+    Seconds gracePeriod, Date now, SweepObserver* observer)
+{
+    const SweepPlan joined = plan(folders, gracePeriod, now, observer);
+    return joined.actions.empty() ? joined.comingOfAge : now;
+}
+
 SweepPlan SweepEngine::plan(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
     Date now, SweepObserver* observer)
 {
+    SweepObserver nobody;
+    SweepObserver& follower = observer != nullptr ? *observer : nobody;
     SweepPlan joined;
     for (const WatchedFolder& folder : folders) {
         const FileURL url = FileURL::directory(folder.path);
-        if (observer != nullptr)
-            observer->willScan(url);
-        SweepPlan one =
-            plan(DirectoryScan::files(url, *m_fileManager), folder.rules, gracePeriod, now);
-        if (joined.actions.empty())
-            joined = std::move(one);
-        else
-            std::ranges::move(one.actions, std::back_inserter(joined.actions));
+        follower.willScan(url);
+        append(plan(DirectoryScan::files(url, *m_fileManager), folder.rules, gracePeriod, now),
+            joined);
     }
+    if (joined.comingOfAge)
+        follower.willComeOfAge(*joined.comingOfAge);
     return joined;
 }
 
 SweepPlan SweepEngine::plan(
     std::vector<FileInfo> files, const std::vector<Rule>& rules, Seconds gracePeriod, Date now)
 {
-    std::erase_if(files,
-        [&](const FileInfo& file) { return !StabilityGate::isStable(file, gracePeriod, now); });
-    return Planner::plan(std::move(files), rules, now);
+    Date earliest = never;
+    std::erase_if(files, [&](const FileInfo& file) {
+        if (StabilityGate::isStable(file, gracePeriod, now))
+            return false;
+        earliest = ComingOfAge::of(file, rules, gracePeriod, now, earliest).value_or(earliest);
+        return true;
+    });
+    SweepPlan result = Planner::plan(std::move(files), rules, now);
+    if (earliest < never)
+        result.comingOfAge = earlier(result.comingOfAge, earliest);
+    return result;
 }
 
 }  // namespace tidemark

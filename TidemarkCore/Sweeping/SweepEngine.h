@@ -7,6 +7,7 @@
 #include "SweepObserver.h"
 #include "WatchedFolder.h"
 
+#include <optional>
 #include <vector>
 
 namespace tidemark {
@@ -23,8 +24,8 @@ public:
     SweepRecord sweep(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
         Date startedAt, Date now, SweepObserver* observer = nullptr);
 
-    /// The joined plan of all folders, in their order: what `sweep` would carry out. Throws what the scan of
-    /// any folder throws.
+    /// The joined plan of all folders, in their order: what `sweep` would carry out. A folder that is listed
+    /// twice is planned twice. Throws what the scan of any folder throws.
     SweepPlan plan(const std::vector<WatchedFolder>& folders, Seconds gracePeriod, Date now,
         SweepObserver* observer = nullptr);
 
@@ -32,7 +33,14 @@ public:
     Rehearsal rehearse(const std::vector<WatchedFolder>& folders, Seconds gracePeriod, Date now,
         SweepObserver* observer = nullptr);
 
-    /// The plan for the files of one folder, without those that are not stable yet. Never fails.
+    /// When a sweep will next have something to do, as far as the files that are there now tell: `now` when
+    /// it already has, else the coming of age of the earliest; nothing when there is none. Changes nothing.
+    /// Throws what the scan of any folder throws.
+    std::optional<Date> nextSweepDue(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
+        Date now, SweepObserver* observer = nullptr);
+
+    /// The plan for the files of one folder, without those that are not stable yet; they count for the
+    /// plan's `comingOfAge`. Never fails.
     static SweepPlan plan(
         std::vector<FileInfo> files, const std::vector<Rule>& rules, Seconds gracePeriod, Date now);
 

@@ -150,6 +150,29 @@ TEST(Planner, AppliesTheDefaultRulesInTheirOrder)
     }
 }
 
+TEST(Planner, TellsWhenTheEarliestFileThatIsTooYoungForItsRulesComesOfAge)
+{
+    Rule aged = moving("aged", {"txt"});
+    aged.match.minAge = Seconds(100);
+    struct Row {
+        const char* name;
+        std::vector<FileInfo> files;
+        std::optional<Date> comingOfAge;
+    };
+    for (const Row& row : {
+             Row{"no file", {}, std::nullopt},
+             Row{"a file of age", {file("a.txt", longAgo)}, std::nullopt},
+             Row{"a file that no rule fits", {file("a.png")}, std::nullopt},
+             Row{"a young file", {file("a.txt")}, now + Seconds(100)},
+             Row{"the earliest of several",
+                 {file("a.txt"), file("b.txt", now - Seconds(40)), file("c.txt", longAgo),
+                     file("d.txt", now - Seconds(20))},
+                 now + Seconds(60)},
+         }) {
+        EXPECT_EQ(Planner::plan(row.files, {aged}, now).comingOfAge, row.comingOfAge) << row.name;
+    }
+}
+
 TEST(Planner, PlansAFolderFromItsScan)
 {
     InMemoryFileManager disk{{"/in/b 10.txt", ""}, {"/in/b 9.txt", ""}, {"/in/c.png", ""}};

@@ -79,6 +79,14 @@ TEST(StabilityGate, JudgesAnUnfinishedEndingInTheMiddleOfANameByItsAgeAlone)
         StabilityGate::isStable(file("movie.partial.mp4", now - Seconds(60)), Seconds(60), now));
 }
 
+TEST(StabilityGate, TellsApartWhatHasRestedAndWhatIsUnfinished)
+{
+    EXPECT_TRUE(StabilityGate::hasRested(file("a.part", now - Seconds(60)), Seconds(60), now));
+    EXPECT_FALSE(StabilityGate::hasRested(file("a.txt", now), Seconds(60), now));
+    EXPECT_TRUE(StabilityGate::isInProgress(file("a.PART", now)));
+    EXPECT_FALSE(StabilityGate::isInProgress(file("a.txt", now)));
+}
+
 TEST(StabilityGate, LetsAFileOfUnknownAgeThroughAtOnce)
 {
     EXPECT_TRUE(StabilityGate::isStable(file("a.txt", distantPast), Seconds(60), now));

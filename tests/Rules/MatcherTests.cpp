@@ -142,6 +142,21 @@ TEST(Matcher, CountsAComparisonWithNaNAsOldEnough)
     EXPECT_TRUE(Matcher::matches({.minAge = nan}, file("a"), now));
 }
 
+TEST(Matcher, TellsApartWhetherAFileFitsAndWhetherItIsOldEnough)
+{
+    const RuleMatch match{
+        .fileTypes = {"png"}, .minAge = Seconds(10), .ageBasis = AgeBasis::lastOpened};
+    FileInfo old = file("a.png");
+    old.lastOpened = now - Seconds(10);
+
+    EXPECT_TRUE(Matcher::fitsApartFromAge(match, file("a.png")));
+    EXPECT_FALSE(Matcher::fitsApartFromAge(match, file("a.jpg")));
+    EXPECT_FALSE(Matcher::isOldEnough(match, file("a.png"), now));
+    EXPECT_TRUE(Matcher::isOldEnough(match, old, now));
+    EXPECT_TRUE(Matcher::isOldEnough({}, file("a.png"), now));
+    EXPECT_EQ(Matcher::ageDate(match, old), old.lastOpened);
+}
+
 TEST(Matcher, MatchesEveryFileWithoutAnyCondition)
 {
     for (const char* name : {"a", ".a", "a.png", "no extension", "ü"})

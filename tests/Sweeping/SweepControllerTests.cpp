@@ -165,6 +165,26 @@ TEST(SweepController, PreviewsWhatASweepWouldDoEvenWhilePaused)
     EXPECT_EQ(disk.content("/in/a"), "A");
 }
 
+TEST(SweepController, TellsWhenToSweepNextUnlessPaused)
+{
+    InMemoryFileManager disk{{"/in/a", "A"}, {"/other/n.md", ""}};
+    disk.setAllDates("/in/a", now - Seconds(10));
+    disk.setAllDates("/other/n.md", now - Seconds(20));
+    SweepController controller = controllerOn(disk);
+    Settings settings = watching("/in");
+    const Settings notes{.folders = {{.path = "/other", .rules = {}, .sortsMarkdown = true}}};
+
+    EXPECT_EQ(controller.nextSweepDue(settings, now), now + Seconds(50));
+    EXPECT_EQ(controller.nextSweepDue(notes, now), now + Seconds(40));
+    settings.gracePeriod = Seconds(10);
+    EXPECT_EQ(controller.nextSweepDue(settings, now), now);
+    settings.isPaused = true;
+    EXPECT_EQ(controller.nextSweepDue(settings, now), std::nullopt);
+    EXPECT_EQ(controller.nextSweepDue({}, now), std::nullopt);
+    EXPECT_THROW(
+        controller.nextSweepDue(watching("/absent"), now), std::filesystem::filesystem_error);
+}
+
 TEST(SweepController, UndoesTheLastSweep)
 {
     InMemoryFileManager disk{{"/in/a", "A"}};

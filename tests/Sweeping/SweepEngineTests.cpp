@@ -56,6 +56,28 @@ protected:
         return engineOn(m_disk).sweep(folders, Seconds(60), startedAt, now);
     }
 
+    /// In how many seconds the observer of a sweep was told that a file comes of age.
+    std::vector<double> comingOfAgeAfter(const std::vector<WatchedFolder>& folders)
+    {
+        struct Observer final : SweepObserver {
+            std::vector<double> seconds;
+            bool hasBegun = false;
+            void willComeOfAge(Date earliest) override
+            {
+                EXPECT_FALSE(hasBegun);
+                seconds.push_back((earliest - now).count());
+            }
+            void willScan(const FileURL& /*folder*/) override { EXPECT_THAT(seconds, IsEmpty()); }
+            void willPerform(std::size_t /*index*/, std::size_t /*count*/) override
+            {
+                hasBegun = true;
+            }
+        };
+        Observer observer;
+        engineOn(m_disk).sweep(folders, Seconds(60), now, now, &observer);
+        return observer.seconds;
+    }
+
     InMemoryFileManager m_disk;
 };
 
@@ -190,4 +212,100 @@ TEST_F(SweepEngineTest, RehearsesThePlacesThatTheSweepThenUses)
 
     EXPECT_THAT(foretold, ElementsAre("/out/a 2", "/out/a 3"));
     EXPECT_EQ(destinations(sweep(folders)), foretold);
+}
+
+TEST_F(SweepEngineTest, TellsOnceWhenTheEarliestFileOfAllFoldersComesOfAge)
+{
+    addFile("/one/young", 10);
+    addFile("/one/of age", 3600);
+    addFile("/two/younger", 5);
+    addFile("/two/first", 55);
+    addFile("/three/last", 1);
+
+    EXPECT_THAT(comingOfAgeAfter({watched("/one", {movingTo("/out")}),
+                    watched("/two", {movingTo("/out")}), watched("/three", {movingTo("/out")})}),
+        ElementsAre(5));
+    EXPECT_TRUE(m_disk.fileExists(FileURL("/out/of age")));
+}
+
+TEST_F(SweepEngineTest, CountsFilesTooYoungForTheirRuleAsWellAsThoseThatHaveNotRested)
+{
+    Rule aged = movingTo("/out");
+    aged.match.minAge = Seconds(100);
+    const std::vector<WatchedFolder> folders{watched("/in", {aged})};
+    addFile("/in/not rested", 10);
+    EXPECT_THAT(comingOfAgeAfter(folders), ElementsAre(90));
+
+    addFile("/in/rested", 70);
+    EXPECT_THAT(comingOfAgeAfter(folders), ElementsAre(30));
+}
+
+TEST_F(SweepEngineTest, TellsOfNoComingOfAgeWhenNothingWaitsForIt)
+{
+    addFile("/in/of age", 3600);
+    addFile("/in/unfinished.part", 10);
+    addFile("/other/without a rule", 10);
+    // Planned, so that it waits for nothing, though it cannot be moved.
+    addFile("/in/stuck", 3600);
+    m_disk.addFile("/blocked", "");
+    Rule blocked = movingTo("/blocked");
+    blocked.match.namePattern = "stuck";
+
+    EXPECT_THAT(
+        comingOfAgeAfter({watched("/in", {blocked, movingTo("/out")}), watched("/other", {})}),
+        IsEmpty());
+    EXPECT_TRUE(m_disk.fileExists(FileURL("/in/stuck")));
+    EXPECT_FALSE(m_disk.fileExists(FileURL("/in/of age")));
+}
+
+TEST_F(SweepEngineTest, TellsOfComingOfAgeInARehearsalToo)
+{
+    struct Observer final : SweepObserver {
+        std::optional<Date> told;
+        void willComeOfAge(Date earliest) override { told = earliest; }
+    };
+    addFile("/in/young", 10);
+    Observer observer;
+
+    const Rehearsal rehearsal = engineOn(m_disk).rehearse(
+        {watched("/in", {movingTo("/out")})}, Seconds(60), now, &observer);
+
+    EXPECT_EQ(rehearsal.size(), 0U);
+    EXPECT_EQ(observer.told, now + Seconds(50));
+}
+
+TEST_F(SweepEngineTest, FindsTheFileSweepableAtTheMomentThatItTold)
+{
+    addFile("/in/young", 10.1);
+    Rule aged = movingTo("/out");
+    aged.match.minAge = Seconds(0.3);
+    aged.match.ageBasis = AgeBasis::added;
+    const std::vector<WatchedFolder> folders{watched("/in", {aged})};
+    SweepEngine engine = engineOn(m_disk);
+
+    const auto due = engine.nextSweepDue(folders, Seconds(60), now);
+
+    ASSERT_TRUE(due);
+    EXPECT_GT(*due, now);
+    EXPECT_THAT(
+        destinations(engine.sweep(folders, Seconds(60), *due, *due)), ElementsAre("/out/young"));
+}
+
+TEST_F(SweepEngineTest, TellsWhenASweepIsNextDue)
+{
+    const std::vector<WatchedFolder> folders{watched("/in", {movingTo("/out")})};
+    SweepEngine engine = engineOn(m_disk);
+    m_disk.addFolder("/in");
+    EXPECT_EQ(engine.nextSweepDue(folders, Seconds(60), now), std::nullopt);
+
+    addFile("/in/young", 10);
+    EXPECT_EQ(engine.nextSweepDue(folders, Seconds(60), now), now + Seconds(50));
+
+    addFile("/in/of age", 60);
+    const std::vector<std::string> before = m_disk.tree();
+    EXPECT_EQ(engine.nextSweepDue(folders, Seconds(60), now), now);
+    EXPECT_EQ(m_disk.tree(), before);
+
+    EXPECT_THROW(engine.nextSweepDue({watched("/absent", {})}, Seconds(60), now),
+        std::filesystem::filesystem_error);
 }
