@@ -23,7 +23,7 @@ SweepRecord Executor::apply(
     SweepObserver nobody;
     SweepObserver& follower = observer != nullptr ? *observer : nobody;
     JournalWriter journal(m_store, m_store.load(), startedAt);
-    for (std::size_t index = 0; index < plan.actions.size(); ++index) {
+    for (std::size_t index = 0; index < plan.actions.size() && !follower.shouldStop(); ++index) {
         follower.willPerform(index, plan.actions.size());
         performOrWithdraw(plan.actions[index], journal, now, follower);
     }
@@ -105,14 +105,22 @@ std::optional<SweepRecord> Executor::undoLastSweep(Date /*now*/, UndoObserver* o
     if (journal.sweeps.empty())
         return std::nullopt;
 
-    const std::vector<JournalEntry>& entries = journal.sweeps.back().entries;
-    std::for_each(entries.rbegin(), entries.rend(),
-        [&](const JournalEntry& entry) { restore(entry, follower); });
+    restoreAll(journal.sweeps.back().entries, follower);
 
     SweepRecord undone = std::move(journal.sweeps.back());
     journal.sweeps.pop_back();
     m_store.save(journal);
     return undone;
+}
+
+void Executor::restoreAll(const std::vector<JournalEntry>& entries, UndoObserver& observer)
+{
+    std::for_each(entries.rbegin(), entries.rend(), [&](const JournalEntry& entry) {
+        if (observer.shouldStop())
+            throw std::filesystem::filesystem_error("stopped before everything was restored",
+                std::make_error_code(std::errc::operation_canceled));
+        restore(entry, observer);
+    });
 }
 
 void Executor::restore(const JournalEntry& entry, UndoObserver& observer)

@@ -9,6 +9,7 @@
 #include "UndoObserver.h"
 
 #include <optional>
+#include <vector>
 
 namespace tidemark {
 
@@ -25,14 +26,16 @@ public:
     const JournalStore& store() const { return m_store; }
 
     /// Performs the plan in its order and returns its record as it stands in the journal. A file that is
-    /// gone is skipped; an action that fails is withdrawn from the journal and the next one follows. Throws
-    /// only when the journal cannot be loaded; no file has been touched then.
+    /// gone is skipped; an action that fails is withdrawn from the journal and the next one follows. Ends
+    /// before the next action when the observer wants it. Throws only when the journal cannot be loaded; no
+    /// file has been touched then.
     SweepRecord apply(
         const SweepPlan& plan, Date startedAt, Date now, SweepObserver* observer = nullptr);
 
     /// Moves the files of the journal's last sweep back, the last one first, never over another file, and
-    /// removes the sweep from the journal. Nothing when there is no sweep. Throws the first failure; the
-    /// sweep stays in the journal then, and a later undo goes on where this one ended.
+    /// removes the sweep from the journal. Nothing when there is no sweep. Throws the first failure, and
+    /// filesystem_error with operation_canceled when the observer ends it; the sweep stays in the journal
+    /// then, and a later undo goes on where this one ended.
     std::optional<SweepRecord> undoLastSweep(Date now, UndoObserver* observer = nullptr);
 
 private:
@@ -42,6 +45,7 @@ private:
     void journalThenMove(
         const PlannedAction& action, const Destination& wanted, JournalWriter& journal, Date now);
     void journalThenTrash(const FileURL& source, JournalWriter& journal, Date now);
+    void restoreAll(const std::vector<JournalEntry>& entries, UndoObserver& observer);
     void restore(const JournalEntry& entry, UndoObserver& observer);
 
     JournalStore m_store;

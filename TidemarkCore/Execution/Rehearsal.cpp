@@ -14,12 +14,14 @@ static void requireFittingName(const std::string& name)
             "cannot use the name", name, std::make_error_code(std::errc::filename_too_long));
 }
 
-Rehearsal::Rehearsal(SweepPlan plan, FileManager& fileManager)
+Rehearsal::Rehearsal(SweepPlan plan, FileManager& fileManager, SweepObserver* observer)
     : m_plan(std::move(plan))
 {
     ImaginedDisk disk(fileManager, m_plan);
     m_outcomes.reserve(m_plan.actions.size());
     for (std::size_t action = 0; action < m_plan.actions.size(); ++action) {
+        if (observer != nullptr && observer->shouldStop())
+            break;
         if (!disk.isThere(action))
             continue;
         Outcome& outcome = m_outcomes.emplace_back();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileManager.h"
+#include "SweepObserver.h"
 #include "SweepPlan.h"
 
 #include <cstddef>
@@ -26,9 +27,9 @@ struct RehearsedAction {
 /// action moves away is left out.
 class Rehearsal {
 public:
-    /// The plan's files are taken to exist: it has just been made from them. Never throws but for want of
-    /// memory.
-    Rehearsal(SweepPlan plan, FileManager& fileManager);
+    /// The plan's files are taken to exist: it has just been made from them. `observer` is only asked
+    /// whether to stop; the actions from there on are left out. Never throws but for want of memory.
+    Rehearsal(SweepPlan plan, FileManager& fileManager, SweepObserver* observer = nullptr);
 
     std::size_t size() const { return m_outcomes.size(); }
     RehearsedAction operator[](std::size_t index) const;

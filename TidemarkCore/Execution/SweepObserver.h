@@ -8,7 +8,7 @@
 
 namespace tidemark {
 
-/// Follows a sweep while it runs. Called on the thread that sweeps; must not throw.
+/// Follows a sweep while it runs, and may end it early. Called on the thread that sweeps; must not throw.
 class SweepObserver {
 public:
     virtual ~SweepObserver() = default;
@@ -19,6 +19,10 @@ public:
     /// enough: after the sweep's `now`, finite, but maybe in a far future. Called at most once, when every
     /// folder was scanned and nothing has been performed yet; not called when there is no such file.
     virtual void willComeOfAge(Date /*earliest*/) { }
+
+    /// Asked before each scan of a folder and before each action. True ends the sweep there: what was done is
+    /// done and in the journal, every other file stays as it is.
+    virtual bool shouldStop() { return false; }
 
     virtual void willPerform(std::size_t /*index*/, std::size_t /*count*/) { }
     virtual void didPerform(const JournalEntry& /*entry*/) { }

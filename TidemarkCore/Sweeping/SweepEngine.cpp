@@ -44,7 +44,7 @@ SweepRecord SweepEngine::sweep(const std::vector<WatchedFolder>& folders, Second
 Rehearsal SweepEngine::rehearse(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
     Date now, SweepObserver* observer)
 {
-    return {plan(folders, gracePeriod, now, observer), *m_fileManager};
+    return {plan(folders, gracePeriod, now, observer), *m_fileManager, observer};
 }
 
 std::optional<Date> SweepEngine::nextSweepDue(const std::vector<WatchedFolder>& folders,
@@ -61,6 +61,8 @@ SweepPlan SweepEngine::plan(const std::vector<WatchedFolder>& folders, Seconds g
     SweepObserver& follower = observer != nullptr ? *observer : nobody;
     SweepPlan joined;
     for (const WatchedFolder& folder : folders) {
+        if (follower.shouldStop())
+            return {};
         const FileURL url = FileURL::directory(folder.path);
         follower.willScan(url);
         append(plan(DirectoryScan::files(url, *m_fileManager), folder.rules, gracePeriod, now),

@@ -19,13 +19,15 @@ public:
     SweepEngine(Executor executor, FileManager& fileManager);
 
     /// Plans every folder against its own rules, then carries all of it out as one sweep. Without anything
-    /// to do the result is an empty record and neither disk nor journal is touched. Throws what the scan of
-    /// any folder throws, before anything is moved, and what Executor::apply throws.
+    /// to do, or when the observer ends it before the last scan, the result is an empty record and neither
+    /// disk nor journal is touched. Throws what the scan of any folder throws, before anything is moved, and
+    /// what Executor::apply throws.
     SweepRecord sweep(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
         Date startedAt, Date now, SweepObserver* observer = nullptr);
 
     /// The joined plan of all folders, in their order: what `sweep` would carry out. A folder that is listed
-    /// twice is planned twice. Throws what the scan of any folder throws.
+    /// twice is planned twice. Empty when the observer ends it before the last scan. Throws what the scan of any
+    /// folder throws.
     SweepPlan plan(const std::vector<WatchedFolder>& folders, Seconds gracePeriod, Date now,
         SweepObserver* observer = nullptr);
 

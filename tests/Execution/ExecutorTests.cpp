@@ -365,3 +365,59 @@ TEST(Executor, TellsItsObserverWhatHappened)
     EXPECT_THAT(
         observer.events, ElementsAre("1 of 3", "did /out/a", "2 of 3", "failed /in/b", "3 of 3"));
 }
+
+TEST(Executor, EndsBeforeAnyActionAtWhichItsObserverWantsIt)
+{
+    struct Observer final : SweepObserver {
+        int actionsLeft = 0;
+        int begun = 0;
+        bool shouldStop() override { return actionsLeft-- == 0; }
+        void willPerform(std::size_t /*index*/, std::size_t /*count*/) override { ++begun; }
+    };
+    const SweepPlan plan{{moving("/in/a", "/out"), planned("/in/b", SweepAction::trash()),
+        planned("/in/c", SweepAction::rename("d"))}};
+    for (int actions = 0; actions <= 3; ++actions) {
+        SCOPED_TRACE(actions);
+        InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}, {"/in/c", "C"}};
+        Observer observer;
+        observer.actionsLeft = actions;
+
+        const SweepRecord record = executorOn(disk).apply(plan, sweepTime, sweepTime, &observer);
+
+        EXPECT_EQ(observer.begun, actions);
+        EXPECT_EQ(record.entries.size(), static_cast<std::size_t>(actions));
+        for (int index = 0; index < 3; ++index) {
+            const FileURL& source = plan.actions[static_cast<std::size_t>(index)].source;
+            EXPECT_EQ(disk.fileExists(source), index >= actions) << source.path();
+        }
+        EXPECT_EQ(disk.fileExists(journalURL), actions > 0);
+        const std::vector<SweepRecord> sweeps = journalOn(disk).load().sweeps;
+        EXPECT_EQ(sweeps, actions > 0 ? std::vector{record} : std::vector<SweepRecord>());
+        executorOn(disk).undoLastSweep(sweepTime);
+        EXPECT_EQ(disk.content("/in/a"), "A");
+        EXPECT_EQ(disk.content("/in/b"), "B");
+        EXPECT_EQ(disk.content("/in/c"), "C");
+    }
+}
+
+TEST(Executor, LeavesAWholeJournalWhenItEndsAfterAnActionThatFailed)
+{
+    struct Observer final : SweepObserver {
+        bool hasFailed = false;
+        bool shouldStop() override { return hasFailed; }
+        void didFail(const PlannedAction&, const std::exception&) override { hasFailed = true; }
+    };
+    InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}, {"/in/c", "C"}};
+    FaultInjectingFileManager files{
+        disk, failEvery(FileCall::moveItem, FileURL("/in/b"), std::errc::permission_denied)};
+    Observer observer;
+
+    const SweepRecord record = executorOn(files).apply(
+        {{moving("/in/a", "/out"), moving("/in/b", "/out"), moving("/in/c", "/out")}}, sweepTime,
+        sweepTime, &observer);
+
+    EXPECT_THAT(record.entries, ElementsAre(entry(Op::move, "/in/a", "/out/a")));
+    EXPECT_EQ(journalOn(disk).load().sweeps, std::vector{record});
+    EXPECT_EQ(disk.content("/in/b"), "B");
+    EXPECT_EQ(disk.content("/in/c"), "C");
+}

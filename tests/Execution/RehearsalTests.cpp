@@ -153,3 +153,18 @@ TEST(Rehearsal, TellsWhatStandsInTheWay)
         EXPECT_EQ(error.code(), std::errc::not_a_directory);
     }
 }
+
+TEST(Rehearsal, EndsWhereTheObserverWantsIt)
+{
+    struct Observer final : SweepObserver {
+        int actionsLeft = 1;
+        bool shouldStop() override { return actionsLeft-- == 0; }
+    };
+    InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}};
+    Observer observer;
+    const Rehearsal rehearsal(
+        {{moving("/in/a", "/out"), moving("/in/b", "/out")}}, disk, &observer);
+
+    ASSERT_EQ(rehearsal.size(), 1U);
+    EXPECT_EQ(rehearsal[0].destination, FileURL("/out/a"));
+}

@@ -217,3 +217,51 @@ TEST(Undo, TellsItsObserverWhatCameBackWhereAndWhatWasGone)
 
     EXPECT_THAT(observer.events, ElementsAre("/in/c as /in/c", "/in/b as /in/b 2", "gone /out/a"));
 }
+
+TEST(Undo, StopsBeforeAnyEntryAtWhichItsObserverWantsItAndGoesOnNextTime)
+{
+    struct Observer final : UndoObserver {
+        int entriesLeft = 0;
+        bool shouldStop() override { return entriesLeft-- == 0; }
+    };
+    for (int entries = 0; entries < 3; ++entries) {
+        SCOPED_TRACE(entries);
+        InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}, {"/in/c", "C"}};
+        const SweepRecord record = sweep(disk,
+            {moving("/in/a", "/out"), planned("/in/b", SweepAction::trash()),
+                planned("/in/c", SweepAction::rename("d"))});
+        Observer observer;
+        observer.entriesLeft = entries;
+        try {
+            undo(disk, &observer);
+            ADD_FAILURE() << "it did not stop";
+        } catch (const std::filesystem::filesystem_error& error) {
+            EXPECT_EQ(error.code(), std::errc::operation_canceled);
+        }
+        EXPECT_EQ(disk.fileExists(FileURL("/in/c")), entries > 0);
+        EXPECT_EQ(disk.fileExists(FileURL("/in/b")), entries > 1);
+        EXPECT_FALSE(disk.fileExists(FileURL("/in/a")));
+        EXPECT_EQ(journalOn(disk).load().sweeps, std::vector{record});
+
+        EXPECT_EQ(undo(disk), record);
+        EXPECT_EQ(disk.content("/in/a"), "A");
+        EXPECT_EQ(disk.content("/in/b"), "B");
+        EXPECT_EQ(disk.content("/in/c"), "C");
+        EXPECT_THAT(journalOn(disk).load().sweeps, IsEmpty());
+    }
+}
+
+TEST(Undo, IsNotAskedToStopOnceEverythingIsBack)
+{
+    struct Observer final : UndoObserver {
+        bool isDone = false;
+        bool shouldStop() override { return isDone; }
+        void didRestore(const JournalEntry&, const FileURL&) override { isDone = true; }
+    };
+    InMemoryFileManager disk{{"/in/a", "A"}};
+    sweep(disk, {moving("/in/a", "/out")});
+    Observer observer;
+
+    EXPECT_TRUE(undo(disk, &observer));
+    EXPECT_THAT(journalOn(disk).load().sweeps, IsEmpty());
+}

@@ -309,3 +309,41 @@ TEST_F(SweepEngineTest, TellsWhenASweepIsNextDue)
     EXPECT_THROW(engine.nextSweepDue({watched("/absent", {})}, Seconds(60), now),
         std::filesystem::filesystem_error);
 }
+
+TEST_F(SweepEngineTest, TouchesNothingWhenItsObserverEndsItBetweenTwoScans)
+{
+    struct Observer final : SweepObserver {
+        std::vector<std::string> scanned;
+        std::size_t scans = 0;
+        bool hasToldOfAge = false;
+        bool shouldStop() override { return scanned.size() == scans; }
+        void willScan(const FileURL& folder) override { scanned.push_back(folder.path()); }
+        void willComeOfAge(Date /*earliest*/) override { hasToldOfAge = true; }
+    };
+    addFile("/one/a");
+    addFile("/one/young", 10);
+    addFile("/two/b");
+    const std::vector<WatchedFolder> folders{
+        watched("/one", {movingTo("/out")}), watched("/two", {movingTo("/out")})};
+    const std::vector<std::string> before = m_disk.tree();
+    for (std::size_t scans : {0U, 1U}) {
+        SCOPED_TRACE(scans);
+        Observer sweeping;
+        Observer rehearsing;
+        Observer asking;
+        sweeping.scans = rehearsing.scans = asking.scans = scans;
+        SweepEngine engine = engineOn(m_disk);
+
+        const SweepRecord record = engine.sweep(folders, Seconds(60), now, now, &sweeping);
+
+        EXPECT_EQ(record.startedAt, now);
+        EXPECT_THAT(record.entries, IsEmpty());
+        EXPECT_EQ(engine.rehearse(folders, Seconds(60), now, &rehearsing).size(), 0U);
+        EXPECT_EQ(engine.nextSweepDue(folders, Seconds(60), now, &asking), std::nullopt);
+        EXPECT_EQ(m_disk.tree(), before);
+        for (const Observer* observer : {&sweeping, &rehearsing, &asking}) {
+            EXPECT_EQ(observer->scanned.size(), scans);
+            EXPECT_FALSE(observer->hasToldOfAge);
+        }
+    }
+}
