@@ -17,18 +17,23 @@ SweepController::SweepController(
 {
     try {
         m_settings = m_settingsStore.load();
-    } catch (const std::runtime_error& error) {
-        m_settingsError = error.what();
+    } catch (const std::runtime_error&) {
+        m_settingsError = std::current_exception();
     }
 }
 
 bool SweepController::canUndo()
 {
     try {
-        return !m_journalReader.read()->sweeps.empty();
+        return m_journalReader.hasSweep();
     } catch (const std::runtime_error&) {
         return false;
     }
+}
+
+bool SweepController::hasCurrentJournal() const
+{
+    return m_journalReader.isCurrent();
 }
 
 SweepRecord SweepController::sweepNow(Date now, SweepObserver* observer)
@@ -64,7 +69,7 @@ std::optional<SweepRecord> SweepController::undoLast(Date now, UndoObserver* obs
 void SweepController::setPaused(bool value)
 {
     m_settings.isPaused = value;
-    m_settingsStore.save(m_settings);
+    saveSettings();
 }
 
 void SweepController::togglePause()
@@ -75,24 +80,20 @@ void SweepController::togglePause()
 void SweepController::update(Settings settings)
 {
     m_settings = std::move(settings);
+    saveSettings();
+}
+
+void SweepController::saveSettings()
+{
     m_settingsStore.save(m_settings);
+    m_settingsError = nullptr;  // the file is good now
 }
 
 std::vector<ActivityItem> SweepController::recentActivity(int limit)
 {
     if (limit < 0)
         qFatal("recentActivity: the limit is negative");
-    const auto journal = m_journalReader.read();
-    std::vector<ActivityItem> items;
-    for (std::size_t sweep = journal->sweeps.size(); sweep-- > 0;) {
-        const std::vector<JournalEntry>& entries = journal->sweeps[sweep].entries;
-        for (std::size_t entry = entries.size(); entry-- > 0;) {
-            if (items.size() == static_cast<std::size_t>(limit))
-                return items;
-            items.push_back(ActivityItem::of(entries[entry]));
-        }
-    }
-    return items;
+    return m_journalReader.newest(static_cast<std::size_t>(limit));
 }
 
 std::vector<WatchedFolder> SweepController::effectiveFolders(const Settings& settings)

@@ -9,8 +9,8 @@
 #include "SettingsStore.h"
 #include "SweepEngine.h"
 
+#include <exception>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace tidemark {
@@ -18,9 +18,11 @@ namespace tidemark {
 /// The one object through which an application reaches the core: the current settings, sweeping, undo and
 /// what was done lately.
 ///
-/// Has no lock of its own. Sweeps and undo follow one another on one thread; the settings are read and
-/// changed on one other. The two need no coordination: a sweep works on the settings that it is given, and
-/// each save of the journal replaces it whole.
+/// Settings belong to one thread, the main one: reading and changing them, and what uses the current ones
+/// (`sweepNow`, `preview`). `sweep`, `nextSweepDue` and `undoLast` follow one another on one thread, which may
+/// be another one. `canUndo`, `recentActivity` and `hasCurrentJournal` are safe from any thread. None needs to
+/// wait for another: a sweep works on the settings that it is given, and each save of the journal replaces
+/// it whole.
 class SweepController {
 public:
     /// Loads the settings; those that cannot be read are replaced by the defaults in memory, and
@@ -31,11 +33,16 @@ public:
     const Settings& settings() const { return m_settings; }
     bool isPaused() const { return m_settings.isPaused; }
 
-    /// Why the settings file could not be read when the controller was made.
-    const std::optional<std::string>& settingsError() const { return m_settingsError; }
+    /// Why the settings file could not be read when the controller was made; null when all is well, also
+    /// after the settings have been saved.
+    std::exception_ptr settingsError() const { return m_settingsError; }
 
     /// Whether the journal holds a sweep, as its file is now; false when it cannot be read.
     bool canUndo();
+
+    /// Whether `canUndo`, and `recentActivity` for up to 20 entries, answer now without decoding the journal,
+    /// which takes long for a large one: JournalReader::isCurrent.
+    bool hasCurrentJournal() const;
 
     /// Sweeps with the current settings. While paused the result is an empty record and nothing is touched.
     /// Throws what SweepEngine::sweep throws.
@@ -62,7 +69,8 @@ public:
     void update(Settings settings);
 
     /// The newest entries of the journal, newest first; none without a journal. A negative
-    /// `limit` is a mistake in the program and ends the process. Throws what JournalStore::load throws.
+    /// `limit` is a mistake in the program and ends the process. Throws what JournalStore::load throws. Above
+    /// 20 the journal is decoded each time.
     std::vector<ActivityItem> recentActivity(int limit);
 
     /// The folders as a sweep sees them: the rule for Markdown notes in front of each folder's own rules
@@ -70,12 +78,14 @@ public:
     static std::vector<WatchedFolder> effectiveFolders(const Settings& settings);
 
 private:
+    void saveSettings();
+
     SettingsStore m_settingsStore;
     Executor m_executor;
     SweepEngine m_engine;
     JournalReader m_journalReader;
     Settings m_settings;
-    std::optional<std::string> m_settingsError;
+    std::exception_ptr m_settingsError;
 };
 
 }  // namespace tidemark

@@ -23,16 +23,15 @@ const FileURL& requireNoOtherFile(const FileURL& supportFolder, FileManager& fil
 }
 
 /// In plain words what `controller` tells of the settings.
-std::optional<std::string> problemOf(const SweepController& controller, const SettingsStore& store)
+std::optional<std::string> problemOf(const SweepController& controller)
 {
     if (!controller.settingsError())
         return std::nullopt;
     try {
-        static_cast<void>(store.load());
-    } catch (const std::runtime_error& error) {
+        std::rethrow_exception(controller.settingsError());
+    } catch (const std::exception& error) {
         return failureText(error);
     }
-    return controller.settingsError();  // mended meanwhile, but the controller holds the defaults
 }
 
 }  // namespace
@@ -43,7 +42,7 @@ Workspace::Workspace(const FileURL& supportFolder)
     , m_failures(m_supportFolder.appending(failureName), m_fileManager)
     , m_controller(m_settings, JournalStore{m_supportFolder.appending(journalName), m_fileManager},
           m_fileManager)
-    , m_settingsProblem(problemOf(m_controller, m_settings))
+    , m_settingsProblem(problemOf(m_controller))
 {
 }
 

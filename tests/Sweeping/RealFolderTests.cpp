@@ -11,7 +11,9 @@
 #include <sys/xattr.h>
 
 #include <array>
+#include <atomic>
 #include <map>
+#include <thread>
 
 using namespace tidemark;
 
@@ -168,4 +170,43 @@ TEST_F(RealFolderTest, APreviewForetellsEveryPlaceAndChangesNothing)
         used.push_back(entry.to);
     EXPECT_EQ(used, foretold);
     EXPECT_EQ(used.size(), 3U);
+}
+
+TEST_F(RealFolderTest, SettingsAndDisplayGoOnWhileAnotherThreadSweepsAndUndoes)
+{
+    constexpr int files = 40;
+    constexpr int rounds = 3;
+    const timespec old{.tv_sec = 1'600'000'000, .tv_nsec = 0};
+    for (int number = 0; number < files; ++number)
+        add("Downloads/" + std::to_string(number) + ".pdf", std::to_string(number), old);
+    m_home.makeFolder("Desktop");
+    SweepController sweeper = controller();
+    watchBoth(sweeper);
+    const Settings settings = sweeper.settings();
+    const auto before = fingerprints();
+    const Date inFortyDays = fortyDaysFromNow();
+
+    std::atomic<bool> isDone = false;
+    std::thread work([&, copy = settings] {
+        for (int round = 0; round < rounds; ++round) {
+            EXPECT_EQ(sweeper.nextSweepDue(copy, inFortyDays), inFortyDays);
+            EXPECT_EQ(sweeper.sweep(copy, inFortyDays).entries.size(), std::size_t{files});
+            EXPECT_TRUE(sweeper.canUndo());
+            EXPECT_EQ(sweeper.recentActivity(100).size(), std::size_t{files});
+            EXPECT_TRUE(sweeper.undoLast(inFortyDays));
+        }
+        isDone = true;
+    });
+    do {
+        sweeper.togglePause();
+        sweeper.update({.folders = settings.folders, .isPaused = !sweeper.isPaused()});
+        EXPECT_EQ(sweeper.settingsError(), nullptr);
+        sweeper.hasCurrentJournal();
+        sweeper.canUndo();
+        EXPECT_LE(sweeper.recentActivity(20).size(), 20U);
+    } while (!isDone);
+    work.join();
+
+    EXPECT_EQ(fingerprints(), before);
+    EXPECT_FALSE(sweeper.canUndo());
 }

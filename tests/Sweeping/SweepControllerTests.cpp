@@ -67,7 +67,7 @@ TEST(SweepController, StartsWithTheDefaultSettingsWithoutAFile)
     const SweepController controller = controllerOn(disk);
 
     EXPECT_EQ(controller.settings(), Settings());
-    EXPECT_EQ(controller.settingsError(), std::nullopt);
+    EXPECT_EQ(controller.settingsError(), nullptr);
     EXPECT_FALSE(controller.isPaused());
     EXPECT_TRUE(disk.tree().empty());
 }
@@ -78,12 +78,33 @@ TEST(SweepController, StartsWithTheDefaultsOnABadFileAndTellsWhy)
     SweepController controller = controllerOn(disk);
 
     EXPECT_EQ(controller.settings(), Settings());
-    EXPECT_THAT(controller.settingsError().value(), testing::HasSubstr(settingsURL.path()));
+    ASSERT_NE(controller.settingsError(), nullptr);
+    try {
+        std::rethrow_exception(controller.settingsError());
+    } catch (const DecodingError& error) {
+        EXPECT_EQ(error.file(), settingsURL.path());
+    }
     EXPECT_EQ(disk.content(settingsURL.path()), "{torn");
 
     controller.setPaused(true);
     EXPECT_EQ(SettingsStore(settingsURL, disk, wallClock).load(), Settings{.isPaused = true});
     EXPECT_EQ(disk.contentsOfEveryFile().count("{torn"), 1U);
+}
+
+TEST(SweepController, ForgetsWhyTheSettingsCouldNotBeReadOnceTheyAreSaved)
+{
+    InMemoryFileManager disk{{settingsURL.path(), "{torn"}};
+    FaultInjectingFileManager files{disk};
+    SweepController controller = controllerOn(files);
+
+    files.setFaults({failEvery(FileCall::writeAtomically, std::errc::no_space_on_device)});
+    EXPECT_THROW(controller.setPaused(true), std::filesystem::filesystem_error);
+    EXPECT_THROW(controller.update({}), std::filesystem::filesystem_error);
+    EXPECT_NE(controller.settingsError(), nullptr);
+
+    files.setFaults({});
+    controller.update({});
+    EXPECT_EQ(controller.settingsError(), nullptr);
 }
 
 TEST(SweepController, SavesPausingAndEveryUpdate)
@@ -225,6 +246,24 @@ TEST(SweepController, ListsTheNewestActivityFirstAcrossSweeps)
     EXPECT_THAT(
         namesOf(controller.recentActivity(100)), ElementsAre("6", "5", "4", "3", "2", "1", "0"));
     EXPECT_THAT(controller.recentActivity(0), IsEmpty());
+}
+
+TEST(SweepController, TellsWhetherTheJournalIsKnownAsItIs)
+{
+    InMemoryFileManager disk;
+    FaultInjectingFileManager files{disk};
+    JournalStore(journalURL, disk).save({{recordOf(0, 30)}});
+    SweepController controller = controllerOn(files);
+    EXPECT_FALSE(controller.hasCurrentJournal());
+    EXPECT_TRUE(controller.canUndo());
+    EXPECT_TRUE(controller.hasCurrentJournal());
+    EXPECT_EQ(controller.recentActivity(20).size(), 20U);
+    EXPECT_EQ(files.callCount(FileCall::readFile), 1);
+
+    EXPECT_EQ(controller.recentActivity(21).size(), 21U);
+    EXPECT_EQ(files.callCount(FileCall::readFile), 2);
+    controller.undoLast(now);
+    EXPECT_FALSE(controller.hasCurrentJournal());
 }
 
 TEST(SweepController, ListsNoActivityWithoutAJournalAndFailsOnABadOne)
