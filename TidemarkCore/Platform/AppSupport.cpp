@@ -17,9 +17,9 @@ FileURL fileURL(std::string_view name)
     return support.appending(name);
 }
 
-void create(const FileURL& folder)
+void create(const FileURL& folder, OwnChanges ownChanges)
 {
-    Folders::make(folder, 0700);
+    Folders::make(folder, 0700, ownChanges);
 }
 
 }  // namespace tidemark::AppSupport

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileURL.h"
+#include "OwnChanges.h"
 
 #include <string_view>
 
@@ -18,7 +19,7 @@ FileURL folder();
 FileURL fileURL(std::string_view name);
 
 /// Makes a support folder, for the user alone, if it is missing. Throws filesystem_error.
-void create(const FileURL& folder);
+void create(const FileURL& folder, OwnChanges ownChanges = {});
 
 }  // namespace AppSupport
 

@@ -71,9 +71,11 @@ mode_t modeToKeep(const FileURL& url)
 /// A file that takes its name away with it unless it was put into place.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(const FileURL& target)
-        : m_url(target.parent().appending(
-            '.' + std::string{target.lastPathComponent()} + '.' + RandomName::digits() + ".tmp"))
+    TemporaryFile(const FileURL& target, OwnChanges ownChanges)
+        : m_ownChanges(ownChanges)
+        , m_url(target.parent().appending(
+              '.' + std::string{target.lastPathComponent()} + '.' + RandomName::digits() + ".tmp"))
+        , m_change(ownChanges.begin({m_url}))
         , m_file(uninterrupted([this] {
             return ::open(m_url.path().c_str(),
                 O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, modeOfNewFiles);
@@ -97,13 +99,20 @@ public:
 
     void renameTo(const FileURL& target)
     {
+        // Now, under the name that is known to be changing. A network file system tells only here that the
+        // disk is full.
+        if (m_file.close() != 0 && errno != EINTR)
+            fail(cannotWrite, target, errno);
+        const OwnChanges::Guard change = m_ownChanges.begin({m_url, target});
         if (::rename(m_url.path().c_str(), target.path().c_str()) != 0)
             fail(cannotWrite, target, errno);
         m_isInPlace = true;
     }
 
 private:
+    OwnChanges m_ownChanges;
     FileURL m_url;
+    OwnChanges::Guard m_change;  ///< Ends after the file is closed.
     FileDescriptor m_file;
     bool m_isInPlace = false;
 };
@@ -142,12 +151,12 @@ void writePieces(const TemporaryFile& file, std::span<const std::string_view> pi
 
 }  // namespace
 
-void write(const FileURL& url, std::span<const std::string_view> pieces)
+void write(const FileURL& url, std::span<const std::string_view> pieces, OwnChanges ownChanges)
 {
     const FileURL target = followed(url);
     const mode_t mode = modeToKeep(target);
 
-    TemporaryFile file{target};
+    TemporaryFile file{target, ownChanges};
     writePieces(file, pieces);
     if (mode != modeOfNewFiles && ::fchmod(file.descriptor(), mode) != 0)
         fail(cannotWrite, url, errno);
@@ -170,14 +179,14 @@ bool isTemporaryName(std::string_view name, std::string_view fileName)
     return RandomName::isDigits(name);
 }
 
-void removeLeftovers(const FileURL& folder, std::string_view fileName)
+void removeLeftovers(const FileURL& folder, std::string_view fileName, OwnChanges ownChanges)
 {
     std::error_code ignored;
     for (std::filesystem::directory_iterator entry{folder.path(), ignored}, end;
          !ignored && entry != end; entry.increment(ignored)) {
         const std::string name = entry->path().filename().string();
         if (isTemporaryName(name, fileName))
-            ::unlink(folder.appending(name).path().c_str());
+            Folders::removeName(folder.appending(name), ownChanges);
     }
 }
 

@@ -26,6 +26,7 @@ constexpr mode_t modeWhileCopying = 0600;
 struct Move {
     const FileURL& from;
     const FileURL& to;
+    OwnChanges ownChanges;
 
     [[noreturn]] void failed(int error) const { fail(cannotMove, from, to, error); }
 
@@ -90,6 +91,19 @@ std::string pathOfDescriptor(int descriptor)
     return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
+/// The name that the kernel makes up for a nameless file in its folder, under which it tells of changes of
+/// its content and attributes, though not of its closing.
+FileURL madeUpName(int descriptor)
+{
+    constexpr std::string_view mark = " (deleted)";
+    std::error_code ignored;
+    std::string path =
+        std::filesystem::read_symlink(pathOfDescriptor(descriptor), ignored).string();
+    if (path.ends_with(mark))
+        path.resize(path.size() - mark.size());
+    return FileURL{path};
+}
+
 /// The copy that came into place at `to`; taken back unless the move succeeds.
 class PlacedCopy {
 public:
@@ -105,7 +119,7 @@ public:
         const char* path = m_move.to.path().c_str();
         if (!m_isKept && ::lstat(path, &there) == 0 && there.st_dev == m_file.st_dev
             && there.st_ino == m_file.st_ino)
-            ::unlink(path);
+            Folders::removeName(m_move.to, m_move.ownChanges);
     }
 
     PlacedCopy(const PlacedCopy&) = delete;
@@ -126,7 +140,7 @@ void removeSource(const Move& move, const struct stat& source, PlacedCopy& copy)
     if (!isUnchanged(move.from, source))
         move.failed(EBUSY);
     // Gone already is what this move wanted.
-    move.require(::unlink(move.from.path().c_str()) == 0 || errno == ENOENT);
+    move.require(Folders::removeName(move.from, move.ownChanges) == 0 || errno == ENOENT);
     copy.keep();
 }
 
@@ -138,15 +152,22 @@ void fill(int copy, int source, const struct stat& status, const Move& move)
     move.require(uninterrupted([&] { return ::fsync(copy); }) == 0);
 }
 
+void giveName(int unnamed, const Move& move)
+{
+    const OwnChanges::Guard change = move.ownChanges.begin({move.to});
+    move.require(::linkat(AT_FDCWD, pathOfDescriptor(unnamed).c_str(), AT_FDCWD,
+                     move.to.path().c_str(), AT_SYMLINK_FOLLOW)
+        == 0);
+}
+
 void moveFileUnnamed(int source, const struct stat& status, const Move& move)
 {
     const FileDescriptor copy = openUnnamed(move.to.parent());
     move.require(copy.isOpen());
+    const OwnChanges::Guard change = move.ownChanges.begin({madeUpName(copy.get())});
     fill(copy.get(), source, status, move);
     const struct stat copied = statusOf(copy.get(), move);
-    move.require(::linkat(AT_FDCWD, pathOfDescriptor(copy.get()).c_str(), AT_FDCWD,
-                     move.to.path().c_str(), AT_SYMLINK_FOLLOW)
-        == 0);
+    giveName(copy.get(), move);
     PlacedCopy placed{move, copied};
     removeSource(move, status, placed);
 }
@@ -156,6 +177,7 @@ class NamedTemporary {
 public:
     explicit NamedTemporary(const Move& move)
         : m_url(move.to.parent().appending(".tidemark-" + RandomName::digits() + ".tmp"))
+        , m_change(move.ownChanges.begin({m_url}))
         , m_file(uninterrupted([this] {
             return ::open(m_url.path().c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                 modeWhileCopying);
@@ -177,13 +199,17 @@ public:
 
     void putInPlace(const Move& move)
     {
-        if (FileMover::moveWithinFileSystem(m_url, move.to) != FileMover::Result::moved)
+        // Now, under the name that is known to be changing. It has reached the disk: nothing to fail.
+        m_file.close();
+        if (FileMover::moveWithinFileSystem(m_url, move.to, move.ownChanges)
+            != FileMover::Result::moved)
             move.failed(EXDEV);
         m_isInPlace = true;
     }
 
 private:
     FileURL m_url;
+    OwnChanges::Guard m_change;  ///< Ends after the file is closed.
     FileDescriptor m_file;
     bool m_isInPlace = false;
 };
@@ -223,6 +249,7 @@ void moveLink(const Move& move)
     const struct stat source = statusOf(move.from, move);
     const std::string target = targetOf(move);
     const char* path = move.to.path().c_str();
+    const OwnChanges::Guard change = move.ownChanges.begin({move.to});
     move.require(::symlink(target.c_str(), path) == 0);
 
     const struct stat made = statusOf(move.to, move);
@@ -241,11 +268,11 @@ bool offersUnnamedFiles(const FileURL& folder)
     return ::access("/proc/self/fd", X_OK) == 0 && openUnnamed(folder).isOpen();
 }
 
-void move(const FileURL& from, const FileURL& to, Temporary temporary)
+void move(const FileURL& from, const FileURL& to, OwnChanges ownChanges, Temporary temporary)
 {
     systemPath(from);
     systemPath(to);
-    const Move move{from, to};
+    const Move move{from, to, ownChanges};
     const mode_t kind = statusOf(from, move).st_mode;
     if (S_ISLNK(kind))
         moveLink(move);
@@ -255,11 +282,12 @@ void move(const FileURL& from, const FileURL& to, Temporary temporary)
         move.failed(EXDEV);
 }
 
-void move(const FileURL& from, const FileURL& to)
+void move(const FileURL& from, const FileURL& to, OwnChanges ownChanges)
 {
     systemPath(to);
     // Where even this cannot be made, the named file's error says why.
-    move(from, to, offersUnnamedFiles(to.parent()) ? Temporary::unnamed : Temporary::named);
+    const bool isOffered = offersUnnamedFiles(to.parent());
+    move(from, to, ownChanges, isOffered ? Temporary::unnamed : Temporary::named);
 }
 
 }  // namespace tidemark::FileCopyMover

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileURL.h"
+#include "OwnChanges.h"
 
 namespace tidemark {
 
@@ -24,8 +25,8 @@ enum class Temporary {
 /// Whether the folder's file system, and this process, can give an unnamed file its name later.
 bool offersUnnamedFiles(const FileURL& folder);
 
-void move(const FileURL& from, const FileURL& to);
-void move(const FileURL& from, const FileURL& to, Temporary temporary);
+void move(const FileURL& from, const FileURL& to, OwnChanges ownChanges);
+void move(const FileURL& from, const FileURL& to, OwnChanges ownChanges, Temporary temporary);
 
 }  // namespace FileCopyMover
 

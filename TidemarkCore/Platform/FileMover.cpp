@@ -128,8 +128,9 @@ private:
 
 }  // namespace
 
-Result moveByRename(const FileURL& from, const FileURL& to)
+Result moveByRename(const FileURL& from, const FileURL& to, OwnChanges ownChanges)
 {
+    const OwnChanges::Guard change = ownChanges.begin({from, to});
     if (::renameat2(AT_FDCWD, from.path().c_str(), AT_FDCWD, to.path().c_str(), RENAME_NOREPLACE)
         == 0)
         return Result::moved;
@@ -145,8 +146,9 @@ Result moveByRename(const FileURL& from, const FileURL& to)
     }
 }
 
-Result moveByLink(const FileURL& from, const FileURL& to)
+Result moveByLink(const FileURL& from, const FileURL& to, OwnChanges ownChanges)
 {
+    const OwnChanges::Guard change = ownChanges.begin({from, to});
     const struct stat before = statusOf(from, from, to);
     if (S_ISDIR(before.st_mode))
         return Result::notOffered;
@@ -166,8 +168,9 @@ Result moveByLink(const FileURL& from, const FileURL& to)
     return removeOldName(from, to, before);
 }
 
-Result moveByPlaceholder(const FileURL& from, const FileURL& to)
+Result moveByPlaceholder(const FileURL& from, const FileURL& to, OwnChanges ownChanges)
 {
+    const OwnChanges::Guard change = ownChanges.begin({from, to});
     const bool isFolder = S_ISDIR(statusOf(from, from, to).st_mode);
     Placeholder placeholder{from, to, isFolder};
     if (!placeholder.isUntouched())
@@ -181,22 +184,22 @@ Result moveByPlaceholder(const FileURL& from, const FileURL& to)
     return Result::moved;
 }
 
-Result moveWithinFileSystem(const FileURL& from, const FileURL& to)
+Result moveWithinFileSystem(const FileURL& from, const FileURL& to, OwnChanges ownChanges)
 {
-    Result result = moveByRename(from, to);
+    Result result = moveByRename(from, to, ownChanges);
     if (result == Result::notOffered)
-        result = moveByLink(from, to);
+        result = moveByLink(from, to, ownChanges);
     if (result == Result::notOffered)
-        result = moveByPlaceholder(from, to);
+        result = moveByPlaceholder(from, to, ownChanges);
     return result;
 }
 
-void move(const FileURL& from, const FileURL& to)
+void move(const FileURL& from, const FileURL& to, OwnChanges ownChanges)
 {
     systemPath(from);
     systemPath(to);
-    if (moveWithinFileSystem(from, to) == Result::otherFileSystem)
-        FileCopyMover::move(from, to);
+    if (moveWithinFileSystem(from, to, ownChanges) == Result::otherFileSystem)
+        FileCopyMover::move(from, to, ownChanges);
 }
 
 }  // namespace tidemark::FileMover

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileURL.h"
+#include "OwnChanges.h"
 
 namespace tidemark {
 
@@ -18,22 +19,22 @@ enum class Result {
 };
 
 /// Moves by any way, across file systems by a copy (regular files and links only).
-void move(const FileURL& from, const FileURL& to);
+void move(const FileURL& from, const FileURL& to, OwnChanges ownChanges);
 
 /// Moves by any way but a copy. Never answers `notOffered`.
-Result moveWithinFileSystem(const FileURL& from, const FileURL& to);
+Result moveWithinFileSystem(const FileURL& from, const FileURL& to, OwnChanges ownChanges);
 
 /// The kernel's own rename that refuses to replace.
-Result moveByRename(const FileURL& from, const FileURL& to);
+Result moveByRename(const FileURL& from, const FileURL& to, OwnChanges ownChanges);
 
 /// Gives the file its new name beside the old one, which a hard link never replaces, and removes the old.
 /// Not offered for folders.
-Result moveByLink(const FileURL& from, const FileURL& to);
+Result moveByLink(const FileURL& from, const FileURL& to, OwnChanges ownChanges);
 
 /// Makes an empty file (or folder) at `to`, which fails if the name is taken, and renames over it. Another
 /// program that writes into that empty file within the moment it stands there would lose what it wrote:
 /// for file systems that offer nothing better.
-Result moveByPlaceholder(const FileURL& from, const FileURL& to);
+Result moveByPlaceholder(const FileURL& from, const FileURL& to, OwnChanges ownChanges);
 
 }  // namespace FileMover
 

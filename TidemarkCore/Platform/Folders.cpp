@@ -14,30 +14,31 @@ namespace {
 constexpr const char* cannotMake = "cannot make the folder";
 
 /// Returns the errno of the failure, else 0. A folder that is there already is none.
-int makeOne(const FileURL& folder, mode_t mode)
+int makeOne(const FileURL& folder, mode_t mode, OwnChanges ownChanges)
 {
+    const OwnChanges::Guard change = ownChanges.begin({folder});
     if (::mkdir(folder.path().c_str(), mode) == 0)
         return 0;
     const int error = errno;
     return error == EEXIST && isFolder(folder) ? 0 : error;
 }
 
-int makeWithParents(const FileURL& folder, mode_t mode)
+int makeWithParents(const FileURL& folder, mode_t mode, OwnChanges ownChanges)
 {
-    const int error = makeOne(folder, mode);
+    const int error = makeOne(folder, mode, ownChanges);
     const FileURL parent = folder.parent();
     if (error != ENOENT || parent.path() == folder.path())
         return error;
-    const int parentError = makeWithParents(parent, mode);
-    return parentError == 0 ? makeOne(folder, mode) : parentError;
+    const int parentError = makeWithParents(parent, mode, ownChanges);
+    return parentError == 0 ? makeOne(folder, mode, ownChanges) : parentError;
 }
 
 }  // namespace
 
-void make(const FileURL& folder, mode_t mode)
+void make(const FileURL& folder, mode_t mode, OwnChanges ownChanges)
 {
     systemPath(folder);
-    const int error = isFolder(folder) ? 0 : makeWithParents(folder, mode);
+    const int error = isFolder(folder) ? 0 : makeWithParents(folder, mode, ownChanges);
     if (error != 0)
         fail(cannotMake, folder, error);
 }
@@ -47,6 +48,12 @@ bool isFolder(const FileURL& url)
     struct stat status;
     const char* path = systemPath(url);
     return uninterrupted([&] { return ::stat(path, &status); }) == 0 && S_ISDIR(status.st_mode);
+}
+
+int removeName(const FileURL& url, OwnChanges ownChanges)
+{
+    const OwnChanges::Guard change = ownChanges.begin({url});
+    return ::unlink(url.path().c_str());
 }
 
 void flush(const FileURL& folder)

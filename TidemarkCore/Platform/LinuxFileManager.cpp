@@ -83,7 +83,11 @@ std::int64_t nanoseconds(const struct timespec& time)
 
 }  // namespace
 
-LinuxFileManager::LinuxFileManager() = default;
+LinuxFileManager::LinuxFileManager(OwnChangeRecorder* ownChanges)
+    : m_ownChanges(ownChanges)
+    , m_trash(m_ownChanges)
+{
+}
 
 bool LinuxFileManager::fileExists(const FileURL& url)
 {
@@ -125,12 +129,12 @@ FileFacts LinuxFileManager::facts(const FileURL& url)
 
 void LinuxFileManager::createDirectory(const FileURL& folder)
 {
-    Folders::make(folder, 0777);
+    Folders::make(folder, 0777, m_ownChanges);
 }
 
 void LinuxFileManager::moveItem(const FileURL& from, const FileURL& to)
 {
-    FileMover::move(from, to);
+    FileMover::move(from, to, m_ownChanges);
     m_trash.removeRecord(from);
 }
 
@@ -175,7 +179,7 @@ std::string LinuxFileManager::readPrefix(const FileURL& url, std::size_t maxByte
 
 void LinuxFileManager::writeAtomically(const FileURL& url, std::span<const std::string_view> pieces)
 {
-    AtomicWrite::write(url, pieces);
+    AtomicWrite::write(url, pieces, m_ownChanges);
 }
 
 std::optional<FileIdentity> LinuxFileManager::identity(const FileURL& url)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileManager.h"
+#include "OwnChanges.h"
 #include "Trash.h"
 
 namespace tidemark {
@@ -9,7 +10,9 @@ namespace tidemark {
 class LinuxFileManager final : public FileManager {
 public:
     /// Trashes into the user's own Trash (`$XDG_DATA_HOME/Trash`) and those of other file systems.
-    LinuxFileManager();
+    /// `ownChanges` is told of every change that is made through this file manager, before it is made; null when
+    /// nobody watches.
+    explicit LinuxFileManager(OwnChangeRecorder* ownChanges = nullptr);
 
     bool fileExists(const FileURL& url) override;
     bool directoryExists(const FileURL& url) override;
@@ -26,6 +29,7 @@ public:
     std::optional<FileIdentity> identity(const FileURL& url) override;
 
 private:
+    OwnChanges m_ownChanges;
     Trash m_trash;
 };
 

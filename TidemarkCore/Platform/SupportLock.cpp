@@ -15,76 +15,96 @@ namespace {
 
 constexpr const char* cannotLock = "cannot lock";
 
-enum class Waiting { untilFree, none };
-
-FileDescriptor openLockFile(const FileURL& url)
-{
-    FileDescriptor file{uninterrupted(
-        [&] { return ::open(systemPath(url), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600); })};
-    if (!file.isOpen())
-        fail(cannotLock, url, errno);
-    return file;
-}
-
-/// Whether the file was locked; false only if another process holds it and nobody wants to wait.
-bool lock(const FileDescriptor& file, const FileURL& url, Waiting waiting)
-{
-    const int operation = waiting == Waiting::none ? LOCK_EX | LOCK_NB : LOCK_EX;
-    if (uninterrupted([&] { return ::flock(file.get(), operation); }) == 0)
-        return true;
-    if (errno != EWOULDBLOCK)
-        fail(cannotLock, url, errno);
-    return false;
-}
-
-/// Whether the path still leads to this file: a lock on a file that was removed excludes nobody.
-bool isStillThere(const FileDescriptor& file, const FileURL& url)
-{
-    struct stat opened;
-    struct stat there;
-    return ::fstat(file.get(), &opened) == 0 && ::lstat(url.path().c_str(), &there) == 0
-        && opened.st_dev == there.st_dev && opened.st_ino == there.st_ino;
-}
-
-std::optional<FileDescriptor> lockedFile(const FileURL& folder, Waiting waiting)
-{
-    AppSupport::create(folder);
-    const FileURL url = folder.appending("lock");
-    for (;;) {
-        FileDescriptor file = openLockFile(url);
-        if (!lock(file, url, waiting))
-            return std::nullopt;
-        if (isStillThere(file, url))
-            return file;
-    }
-}
-
-void removeLeftovers(const FileURL& folder)
+void removeLeftovers(const FileURL& folder, OwnChanges ownChanges)
 {
     for (const char* name : {"settings.json", "journal.json", "last-failure.json"})
-        AtomicWrite::removeLeftovers(folder, name);
+        AtomicWrite::removeLeftovers(folder, name, ownChanges);
 }
 
 }  // namespace
 
-SupportLock SupportLock::acquire(const FileURL& supportFolder)
+/// The open lock file. Closing it gives the lock back, and counts as a change since it is open for writing:
+/// network file systems want that for an exclusive lock.
+class SupportLock::File {
+public:
+    File(FileURL url, OwnChanges ownChanges)
+        : m_url(std::move(url))
+        , m_ownChanges(ownChanges)
+    {
+        constexpr int flags = O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC;
+        const OwnChanges::Guard change = m_ownChanges.begin({m_url});
+        const char* path = systemPath(m_url);
+        m_file = FileDescriptor{uninterrupted([&] { return ::open(path, flags, 0600); })};
+        if (!m_file.isOpen())
+            fail(cannotLock, m_url, errno);
+    }
+
+    ~File()
+    {
+        const OwnChanges::Guard change = m_ownChanges.begin({m_url});
+        m_file.close();
+    }
+
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    /// False only if another process holds it and nobody wants to wait.
+    bool lock(Waiting waiting)
+    {
+        const int operation = waiting == Waiting::none ? LOCK_EX | LOCK_NB : LOCK_EX;
+        if (uninterrupted([&] { return ::flock(m_file.get(), operation); }) == 0)
+            return true;
+        if (errno != EWOULDBLOCK)
+            fail(cannotLock, m_url, errno);
+        return false;
+    }
+
+    /// Whether the path still leads to this file: a lock on a file that was removed excludes nobody.
+    bool isStillThere() const
+    {
+        struct stat opened;
+        struct stat there;
+        return ::fstat(m_file.get(), &opened) == 0 && ::lstat(m_url.path().c_str(), &there) == 0
+            && opened.st_dev == there.st_dev && opened.st_ino == there.st_ino;
+    }
+
+private:
+    FileURL m_url;
+    OwnChanges m_ownChanges;
+    FileDescriptor m_file;
+};
+
+std::unique_ptr<SupportLock::File> SupportLock::lock(
+    const FileURL& folder, OwnChanges ownChanges, Waiting waiting)
 {
-    std::optional<FileDescriptor> file = lockedFile(supportFolder, Waiting::untilFree);
-    removeLeftovers(supportFolder);
-    return SupportLock{std::move(*file)};
+    AppSupport::create(folder, ownChanges);
+    for (;;) {
+        auto file = std::make_unique<File>(folder.appending("lock"), ownChanges);
+        if (!file->lock(waiting))
+            return nullptr;
+        if (!file->isStillThere())
+            continue;
+        removeLeftovers(folder, ownChanges);
+        return file;
+    }
 }
 
-std::optional<SupportLock> SupportLock::tryAcquire(const FileURL& supportFolder)
+SupportLock SupportLock::acquire(const FileURL& supportFolder, OwnChanges ownChanges)
 {
-    std::optional<FileDescriptor> file = lockedFile(supportFolder, Waiting::none);
+    return SupportLock{lock(supportFolder, ownChanges, Waiting::untilFree)};
+}
+
+std::optional<SupportLock> SupportLock::tryAcquire(
+    const FileURL& supportFolder, OwnChanges ownChanges)
+{
+    std::unique_ptr<File> file = lock(supportFolder, ownChanges, Waiting::none);
     if (!file)
         return std::nullopt;
-    removeLeftovers(supportFolder);
-    return SupportLock{std::move(*file)};
+    return SupportLock{std::move(file)};
 }
 
-SupportLock::SupportLock(FileDescriptor file)
-    : m_file(std::make_unique<FileDescriptor>(std::move(file)))
+SupportLock::SupportLock(std::unique_ptr<File> file)
+    : m_file(std::move(file))
 {
 }
 

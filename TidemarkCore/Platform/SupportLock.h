@@ -1,13 +1,12 @@
 #pragma once
 
 #include "FileURL.h"
+#include "OwnChanges.h"
 
 #include <memory>
 #include <optional>
 
 namespace tidemark {
-
-class FileDescriptor;
 
 /// The right to change the files of one support folder, held by at most one process at a time.
 ///
@@ -16,19 +15,27 @@ class FileDescriptor;
 class SupportLock {
 public:
     /// Waits until the lock is free. The folder is made if it is missing. Throws filesystem_error.
-    static SupportLock acquire(const FileURL& supportFolder);
+    /// `ownChanges` is told of what taking the lock, and giving it back, changes in that folder.
+    static SupportLock acquire(const FileURL& supportFolder, OwnChanges ownChanges = {});
 
     /// The same without waiting: nothing if another process holds it.
-    static std::optional<SupportLock> tryAcquire(const FileURL& supportFolder);
+    static std::optional<SupportLock> tryAcquire(
+        const FileURL& supportFolder, OwnChanges ownChanges = {});
 
     SupportLock(SupportLock&&) noexcept;
     SupportLock& operator=(SupportLock&&) noexcept;
     ~SupportLock();
 
 private:
-    explicit SupportLock(FileDescriptor file);
+    enum class Waiting { untilFree, none };
+    class File;
 
-    std::unique_ptr<FileDescriptor> m_file;
+    explicit SupportLock(std::unique_ptr<File> file);
+
+    static std::unique_ptr<File> lock(
+        const FileURL& folder, OwnChanges ownChanges, Waiting waiting);
+
+    std::unique_ptr<File> m_file;
 };
 
 }  // namespace tidemark

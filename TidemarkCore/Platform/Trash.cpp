@@ -89,9 +89,10 @@ FileURL topOfFileSystem(const FileURL& url)
 
 /// Whether `url` is a folder of the user's own, and no link to one; made for the user alone if nothing is
 /// there.
-bool hasOwnFolder(const FileURL& url)
+bool hasOwnFolder(const FileURL& url, OwnChanges ownChanges)
 {
     struct stat status;
+    const OwnChanges::Guard change = ownChanges.begin({url});
     if (::mkdir(url.path().c_str(), forTheUserAlone) != 0 && errno != EEXIST)
         return false;
     return ::lstat(url.path().c_str(), &status) == 0 && S_ISDIR(status.st_mode)
@@ -131,14 +132,17 @@ struct Item {
     FileURL url;  ///< As the caller gave it.
     FileURL realURL;
     dev_t device;
+    OwnChanges ownChanges;
 };
 
 /// The trash in `folder` at the top of a file system, made if it is missing; nothing if it cannot be had.
-std::optional<Place> placeAtTop(const FileURL& top, const FileURL& folder)
+std::optional<Place> placeAtTop(const FileURL& top, const FileURL& folder, OwnChanges ownChanges)
 {
     const Place place{folder, top};
-    if (!hasOwnFolder(folder) || !hasOwnFolder(place.files()) || !hasOwnFolder(place.info()))
-        return std::nullopt;
+    for (const FileURL& each : {folder, place.files(), place.info()}) {
+        if (!hasOwnFolder(each, ownChanges))
+            return std::nullopt;
+    }
     return place;
 }
 
@@ -148,21 +152,23 @@ std::vector<Place> placesBeside(const Item& item)
     std::vector<Place> places;
     const FileURL shared = top.appending(".Trash");
     if (isSharedTrash(shared)) {
-        if (std::optional<Place> place = placeAtTop(top, shared.appending(userID())))
+        if (std::optional<Place> place =
+                placeAtTop(top, shared.appending(userID()), item.ownChanges))
             places.push_back(std::move(*place));
     }
     if (places.empty()) {
-        if (std::optional<Place> place = placeAtTop(top, top.appending(".Trash-" + userID())))
+        const FileURL personal = top.appending(".Trash-" + userID());
+        if (std::optional<Place> place = placeAtTop(top, personal, item.ownChanges))
             places.push_back(std::move(*place));
     }
     return places;
 }
 
-Place homePlace(const FileURL& folder)
+Place homePlace(const FileURL& folder, OwnChanges ownChanges)
 {
     Place place{folder, FileURL::directory("/")};
-    Folders::make(place.files(), forTheUserAlone);
-    Folders::make(place.info(), forTheUserAlone);
+    Folders::make(place.files(), forTheUserAlone, ownChanges);
+    Folders::make(place.info(), forTheUserAlone, ownChanges);
     return place;
 }
 
@@ -174,11 +180,11 @@ std::string recordedPath(const Item& item, const Place& place)
 
 enum class AcrossFileSystems { no, yes };
 
-FileMover::Result moveFile(const FileURL& from, const FileURL& to, AcrossFileSystems across)
+FileMover::Result moveFile(const Item& item, const FileURL& to, AcrossFileSystems across)
 {
     if (across == AcrossFileSystems::no)
-        return FileMover::moveWithinFileSystem(from, to);
-    FileMover::move(from, to);
+        return FileMover::moveWithinFileSystem(item.url, to, item.ownChanges);
+    FileMover::move(item.url, to, item.ownChanges);
     return FileMover::Result::moved;
 }
 
@@ -191,12 +197,12 @@ std::optional<FileURL> moveTo(const Place& place, const Item& item, AcrossFileSy
     for (int number = 1; number <= mostNames; ++number) {
         const std::string name = TrashRecord::nameInTrash(item.url.lastPathComponent(), number);
         std::optional<TrashRecord> record =
-            TrashRecord::create(place.info(), name, recordedPath(item, place));
+            TrashRecord::create(place.info(), name, recordedPath(item, place), item.ownChanges);
         if (!record)
             continue;
         const FileURL destination = place.files().appending(name);
         try {
-            if (moveFile(item.url, destination, across) == FileMover::Result::otherFileSystem)
+            if (moveFile(item, destination, across) == FileMover::Result::otherFileSystem)
                 return std::nullopt;
         } catch (const std::filesystem::filesystem_error& error) {
             // A file without a record lies there: the next name, then.
@@ -219,13 +225,14 @@ bool isOwnTrashAtTop(const FileURL& folder)
 
 }  // namespace
 
-Trash::Trash()
-    : Trash(StandardFolders::dataHome().appending("Trash", FileURL::Kind::directory))
+Trash::Trash(OwnChanges ownChanges)
+    : Trash(StandardFolders::dataHome().appending("Trash", FileURL::Kind::directory), ownChanges)
 {
 }
 
-Trash::Trash(FileURL homeTrash)
+Trash::Trash(FileURL homeTrash, OwnChanges ownChanges)
     : m_home(std::move(homeTrash))
+    , m_ownChanges(ownChanges)
 {
 }
 
@@ -235,18 +242,19 @@ FileURL Trash::moveIn(const FileURL& url) const
     const std::string_view name = url.lastPathComponent();
     if (name.empty() || name == "." || name == "..")
         fail(cannotTrash, url, EINVAL);
-    const Item item{url, withoutLinks(url), statusOf(url).st_dev};
+    const Item item{url, withoutLinks(url), statusOf(url).st_dev, m_ownChanges};
     requireOutsideOfTrashes(url, item.realURL);
 
     if (item.device == deviceOf(m_home)) {
-        if (std::optional<FileURL> place = moveTo(homePlace(m_home), item, AcrossFileSystems::no))
+        const Place home = homePlace(m_home, m_ownChanges);
+        if (std::optional<FileURL> place = moveTo(home, item, AcrossFileSystems::no))
             return *place;
     }
     for (const Place& each : placesBeside(item)) {
         if (std::optional<FileURL> place = moveTo(each, item, AcrossFileSystems::no))
             return *place;
     }
-    return *moveTo(homePlace(m_home), item, AcrossFileSystems::yes);
+    return *moveTo(homePlace(m_home, m_ownChanges), item, AcrossFileSystems::yes);
 }
 
 void Trash::requireOutsideOfTrashes(const FileURL& url, const FileURL& realURL) const
@@ -269,7 +277,7 @@ void Trash::removeRecord(const FileURL& formerPlace) const
     if (files.lastPathComponent() != "files"
         || (trash.path() != m_home.path() && !isOwnTrashAtTop(trash)))
         return;
-    TrashRecord::remove(trash.appending("info"), formerPlace.lastPathComponent());
+    TrashRecord::remove(trash.appending("info"), formerPlace.lastPathComponent(), m_ownChanges);
 }
 
 }  // namespace tidemark

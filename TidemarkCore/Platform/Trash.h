@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileURL.h"
+#include "OwnChanges.h"
 
 namespace tidemark {
 
@@ -14,9 +15,9 @@ class Trash {
 public:
     /// The home trash is `$XDG_DATA_HOME/Trash` as the environment has it now. Throws filesystem_error when
     /// there is no home folder.
-    Trash();
+    explicit Trash(OwnChanges ownChanges = {});
 
-    explicit Trash(FileURL homeTrash);
+    explicit Trash(FileURL homeTrash, OwnChanges ownChanges = {});
 
     /// Moves `url` into a trash and returns where it lies now. Throws filesystem_error: invalid_argument for
     /// what lies in a trash already, or holds one; illegal_byte_sequence for a trash whose path is not valid
@@ -31,6 +32,7 @@ private:
     void requireOutsideOfTrashes(const FileURL& url, const FileURL& realURL) const;
 
     FileURL m_home;
+    OwnChanges m_ownChanges;
 };
 
 }  // namespace tidemark

@@ -2,6 +2,7 @@
 
 #include "Clock.h"
 #include "FileDescriptor.h"
+#include "Folders.h"
 #include "SystemCall.h"
 #include "Text.h"
 #include "TimeZone.h"
@@ -76,9 +77,11 @@ std::string_view shortened(std::string_view text, std::size_t size)
 }  // namespace
 
 std::optional<TrashRecord> TrashRecord::create(
-    const FileURL& infoFolder, std::string_view name, std::string_view path)
+    const FileURL& infoFolder, std::string_view name, std::string_view path, OwnChanges ownChanges)
 {
     const FileURL url = recordOf(infoFolder, name);
+    // Ends after the file is closed.
+    const OwnChanges::Guard change = ownChanges.begin({url});
     const FileDescriptor file{uninterrupted([&] {
         return ::open(
             url.path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
@@ -88,14 +91,14 @@ std::optional<TrashRecord> TrashRecord::create(
     if (!file.isOpen())
         fail("cannot make the Trash record", url, errno);
 
-    TrashRecord record{url};
+    TrashRecord record{url, ownChanges};
     writeAll(file, recordContent(path), url);
     return record;
 }
 
-void TrashRecord::remove(const FileURL& infoFolder, std::string_view name)
+void TrashRecord::remove(const FileURL& infoFolder, std::string_view name, OwnChanges ownChanges)
 {
-    ::unlink(recordOf(infoFolder, name).path().c_str());
+    Folders::removeName(recordOf(infoFolder, name), ownChanges);
 }
 
 std::string TrashRecord::nameInTrash(std::string_view name, int number)
@@ -111,13 +114,15 @@ std::string TrashRecord::nameInTrash(std::string_view name, int number)
     return std::string{shortened(stem, longestName - ending.size())} + ending;
 }
 
-TrashRecord::TrashRecord(FileURL url)
+TrashRecord::TrashRecord(FileURL url, OwnChanges ownChanges)
     : m_url(std::move(url))
+    , m_ownChanges(ownChanges)
 {
 }
 
 TrashRecord::TrashRecord(TrashRecord&& other) noexcept
     : m_url(std::move(other.m_url))
+    , m_ownChanges(other.m_ownChanges)
     , m_isKept(std::exchange(other.m_isKept, true))
 {
 }
@@ -125,7 +130,7 @@ TrashRecord::TrashRecord(TrashRecord&& other) noexcept
 TrashRecord::~TrashRecord()
 {
     if (!m_isKept)
-        ::unlink(m_url.path().c_str());
+        Folders::removeName(m_url, m_ownChanges);
 }
 
 }  // namespace tidemark

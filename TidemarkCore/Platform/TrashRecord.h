@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileURL.h"
+#include "OwnChanges.h"
 
 #include <optional>
 #include <string>
@@ -17,11 +18,11 @@ public:
     /// Writes the record of the file that is to be `name` in the trash. Nothing when there is a record for
     /// that name; throws filesystem_error when it cannot be written, and none is left. `path` is where the
     /// file came from, absolute or relative to the top of its file system.
-    static std::optional<TrashRecord> create(
-        const FileURL& infoFolder, std::string_view name, std::string_view path);
+    static std::optional<TrashRecord> create(const FileURL& infoFolder, std::string_view name,
+        std::string_view path, OwnChanges ownChanges);
 
     /// Removes the record of `name`; one that cannot be removed stays.
-    static void remove(const FileURL& infoFolder, std::string_view name);
+    static void remove(const FileURL& infoFolder, std::string_view name, OwnChanges ownChanges);
 
     /// The name of a file in a trash, the first choice being number 1: the same, then "NAME 2.ext" and so
     /// on, short enough for the name of its record.
@@ -34,9 +35,10 @@ public:
     void keep() { m_isKept = true; }
 
 private:
-    explicit TrashRecord(FileURL url);
+    TrashRecord(FileURL url, OwnChanges ownChanges);
 
     FileURL m_url;
+    OwnChanges m_ownChanges;
     bool m_isKept = false;
 };
 

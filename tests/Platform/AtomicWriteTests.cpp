@@ -17,7 +17,7 @@ using testing::ElementsAre;
 static void write(const FileURL& url, std::string_view content)
 {
     const std::string_view pieces[] = {content};
-    AtomicWrite::write(url, pieces);
+    AtomicWrite::write(url, pieces, {});
 }
 
 static int errorOf(const FileURL& url, std::string_view content)
@@ -48,7 +48,7 @@ TEST(AtomicWrite, ManyPiecesArriveInOrder)
         whole += texts.back();
     }
     const std::vector<std::string_view> pieces{texts.begin(), texts.end()};
-    AtomicWrite::write(folder.url("file"), pieces);
+    AtomicWrite::write(folder.url("file"), pieces, {});
     EXPECT_EQ(folder.read("file"), whole);
     EXPECT_THAT(folder.names(), ElementsAre("file"));
 }
@@ -137,9 +137,9 @@ TEST(AtomicWrite, OnlyLeftoversOfTheNamedFileAreRemoved)
     const TemporaryFolder folder;
     for (const char* name : {".a.0123456789abcdef.tmp", ".b.0123456789abcdef.tmp", "a", "a.tmp"})
         folder.write(name, "");
-    AtomicWrite::removeLeftovers(folder.url(), "a");
+    AtomicWrite::removeLeftovers(folder.url(), "a", {});
     EXPECT_THAT(folder.names(), ElementsAre(".b.0123456789abcdef.tmp", "a", "a.tmp"));
-    AtomicWrite::removeLeftovers(folder.url("none"), "a");
+    AtomicWrite::removeLeftovers(folder.url("none"), "a", {});
 }
 
 }  // namespace tidemark

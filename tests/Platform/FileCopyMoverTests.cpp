@@ -31,7 +31,7 @@ std::string nameOfRow(const testing::TestParamInfo<Row>& info)
 int errorOf(const FileURL& from, const FileURL& to, Temporary temporary)
 {
     try {
-        FileCopyMover::move(from, to, temporary);
+        FileCopyMover::move(from, to, {}, temporary);
     } catch (const std::filesystem::filesystem_error& error) {
         EXPECT_FALSE(error.path1().empty());
         return error.code().value();
@@ -88,7 +88,7 @@ class MovingByCopy : public testing::TestWithParam<Row> {
 protected:
     void move(const FileURL& from, const FileURL& to)
     {
-        FileCopyMover::move(from, to, GetParam().temporary);
+        FileCopyMover::move(from, to, {}, GetParam().temporary);
     }
 
     int errorOfMove(const FileURL& from, const FileURL& to)
@@ -353,7 +353,7 @@ TEST(FileCopyMover, ChoosesAWayThatTheDestinationOffers)
 {
     const TemporaryFolder folder;
     const FileURL from = folder.write("from", "content");
-    FileCopyMover::move(from, folder.url("to"));
+    FileCopyMover::move(from, folder.url("to"), {});
     EXPECT_THAT(folder.names(), testing::ElementsAre("to"));
     EXPECT_FALSE(FileCopyMover::offersUnnamedFiles(folder.url("none")));
 }
