@@ -300,6 +300,18 @@ std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder)
     return entries;
 }
 
+void requireListable(const FileURL& folder)
+{
+    const Directory directory = openDirectory(folder);
+    errno = 0;
+    if (!::readdir(directory.get()) && errno != 0)
+        fail(cannotList, folder, errno);
+    // Names without the permission to look them up are of no use.
+    struct stat ignored;
+    if (::fstatat(::dirfd(directory.get()), ".", &ignored, 0) != 0)
+        fail(cannotList, folder, errno);
+}
+
 bool isPropertyListTrue(std::string_view bytes)
 {
     // The list ends in 32 bytes: 6 unused, the size of an offset, the size of a reference, and as 64-bit

@@ -45,6 +45,11 @@ public:
     /// to a folder.
     virtual std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) = 0;
 
+    /// Throws if the entries of `folder` cannot be listed and looked up: what contentsOfDirectory throws for the
+    /// folder itself, such as no_such_file_or_directory, not_a_directory and permission_denied. Looks at no
+    /// entry, so it costs the same for a full folder as for an empty one.
+    virtual void requireListable(const FileURL& folder) = 0;
+
     /// The facts of one entry; a link is described, not followed.
     virtual FileFacts facts(const FileURL& url) = 0;
 

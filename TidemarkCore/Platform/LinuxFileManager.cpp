@@ -122,6 +122,11 @@ std::vector<DirectoryEntry> LinuxFileManager::contentsOfDirectory(const FileURL&
     return FileFactsReader::contentsOfDirectory(folder);
 }
 
+void LinuxFileManager::requireListable(const FileURL& folder)
+{
+    FileFactsReader::requireListable(folder);
+}
+
 FileFacts LinuxFileManager::facts(const FileURL& url)
 {
     return FileFactsReader::facts(url);

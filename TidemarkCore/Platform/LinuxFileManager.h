@@ -18,6 +18,7 @@ public:
     bool directoryExists(const FileURL& url) override;
     FileURL resolvingLinks(const FileURL& url) override;
     std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) override;
+    void requireListable(const FileURL& folder) override;
     FileFacts facts(const FileURL& url) override;
     void createDirectory(const FileURL& folder) override;
     void moveItem(const FileURL& from, const FileURL& to) override;

@@ -43,6 +43,7 @@ public:
     {
         return m_disk.contentsOfDirectory(folder);
     }
+    void requireListable(const FileURL& folder) override { m_disk.requireListable(folder); }
     FileFacts facts(const FileURL& url) override { return m_disk.facts(url); }
     void createDirectory(const FileURL& folder) override { m_disk.createDirectory(folder); }
     void setCreationDate(const FileURL& url, Date date) override

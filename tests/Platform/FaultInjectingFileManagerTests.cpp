@@ -67,6 +67,9 @@ TEST(FaultInjectingFileManager, FaultsCanBeTiedToAKindANumberOrAPath)
     EXPECT_EQ(errorOf([&] { files.facts(a); }), std::errc{});
     EXPECT_EQ(errorOf([&] { files.readFile(a, 9); }), std::errc{});
     EXPECT_EQ(errorOf([&] { files.readFile(b, 9); }), std::errc::permission_denied);
+    files.setFaults({failAt(FileCall::requireListable, 1, std::errc::io_error)});
+    EXPECT_EQ(errorOf([&] { files.requireListable(FileURL{"/"}); }), std::errc{});
+    EXPECT_EQ(errorOf([&] { files.requireListable(FileURL{"/"}); }), std::errc::io_error);
     files.setFaults({});
     EXPECT_EQ(errorOf([&] { files.readFile(b, 9); }), std::errc{});
 }
@@ -77,10 +80,12 @@ TEST(InMemoryFileManager, UnreadableFoldersAndFilesSaySo)
     disk.makeUnreadable("/in");
     EXPECT_EQ(
         errorOf([&] { disk.contentsOfDirectory(FileURL{"/in"}); }), std::errc::permission_denied);
+    EXPECT_EQ(errorOf([&] { disk.requireListable(FileURL{"/in"}); }), std::errc::permission_denied);
     disk.makeAccessible("/in");
     disk.makeUnreadable("/in/a");
     EXPECT_EQ(
         errorOf([&] { disk.contentsOfDirectory(FileURL{"/in"}); }), std::errc::permission_denied);
+    EXPECT_EQ(errorOf([&] { disk.requireListable(FileURL{"/in"}); }), std::errc{});
     EXPECT_EQ(errorOf([&] { disk.facts(FileURL{"/in/a"}); }), std::errc::permission_denied);
 }
 

@@ -206,6 +206,17 @@ TEST_P(FileManagerContract, ALinkToAFolderIsListedLikeTheFolder)
     EXPECT_THAT(names(at("link")), testing::ElementsAre("file"));
 }
 
+TEST_P(FileManagerContract, AFolderIsListableWhateverItHolds)
+{
+    files().createDirectory(at("empty"));
+    files().createDirectory(at("full/.hidden"));
+    write("full/file", "");
+    makeLink("full/dangling", "nowhere");
+    makeLink("link", "full");
+    for (const char* folder : {"empty", "full", "full/.hidden", "link", "link/.."})
+        EXPECT_EQ(errorOf([&] { files().requireListable(at(folder)); }), std::errc{}) << folder;
+}
+
 TEST_P(FileManagerContract, AMoveNeverReplaces)
 {
     for (const char* occupant : {"file", "folder", "link", "dangling", "full"}) {
@@ -296,6 +307,18 @@ TEST_P(FileManagerContract, WhatCannotBeDoneSaysWhy)
             [&](FileManager& f, const FileURL& at) { f.contentsOfDirectory(in(at, "none")); }},
         {"list a file", errc::not_a_directory,
             [&](FileManager& f, const FileURL& at) { f.contentsOfDirectory(in(at, "file")); }},
+        {"require the list of nothing", errc::no_such_file_or_directory,
+            [&](FileManager& f, const FileURL& at) { f.requireListable(in(at, "none")); }},
+        {"require the list of a file", errc::not_a_directory,
+            [&](FileManager& f, const FileURL& at) { f.requireListable(in(at, "file")); }},
+        {"require the list of a link to a file", errc::not_a_directory,
+            [&](FileManager& f, const FileURL& at) { f.requireListable(in(at, "link")); }},
+        {"require a list below a file", errc::not_a_directory,
+            [&](FileManager& f, const FileURL& at) { f.requireListable(in(at, "file/below")); }},
+        {"require the list of a dangling link", errc::no_such_file_or_directory,
+            [&](FileManager& f, const FileURL& at) { f.requireListable(in(at, "dangling")); }},
+        {"require a list in circles", errc::too_many_symbolic_link_levels,
+            [&](FileManager& f, const FileURL& at) { f.requireListable(in(at, "circle")); }},
         {"read nothing", errc::no_such_file_or_directory,
             [&](FileManager& f, const FileURL& at) { f.readFile(in(at, "none"), 9); }},
         {"read a folder", errc::is_a_directory,
@@ -353,11 +376,11 @@ TEST_P(FileManagerContract, APathWithANULIsRefusedByEveryCall)
     const FileURL bad = at(std::string_view{"a\0b", 3});
     const std::function<void()> calls[] = {[&] { files().fileExists(bad); },
         [&] { files().directoryExists(bad); }, [&] { files().contentsOfDirectory(bad); },
-        [&] { files().facts(bad); }, [&] { files().createDirectory(bad); },
-        [&] { files().moveItem(bad, at("b")); }, [&] { files().moveItem(at("a"), bad); },
-        [&] { files().trashItem(bad); }, [&] { files().readFile(bad, 9); },
-        [&] { files().readPrefix(bad, 9); }, [&] { files().writeAtomically(bad, {}); },
-        [&] { files().identity(bad); }};
+        [&] { files().requireListable(bad); }, [&] { files().facts(bad); },
+        [&] { files().createDirectory(bad); }, [&] { files().moveItem(bad, at("b")); },
+        [&] { files().moveItem(at("a"), bad); }, [&] { files().trashItem(bad); },
+        [&] { files().readFile(bad, 9); }, [&] { files().readPrefix(bad, 9); },
+        [&] { files().writeAtomically(bad, {}); }, [&] { files().identity(bad); }};
     for (const auto& call : calls)
         EXPECT_EQ(errorOf(call), std::errc::invalid_argument);
     EXPECT_EQ(read(at("a")), "content");

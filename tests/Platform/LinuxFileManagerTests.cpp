@@ -87,6 +87,30 @@ TEST_F(LinuxFileManagerTest, WhatCannotBeKnownIsNotTakenForMissing)
     }
 }
 
+TEST_F(LinuxFileManagerTest, AFolderIsListableWhereItsEntriesCanBeListedAndLookedUp)
+{
+    const TemporaryFolder folder;
+    const ScopedOrdinaryUser user{folder};
+    folder.write("in/folder/file", "");
+    struct Row {
+        const char* path;
+        unsigned mode;
+        std::errc expected;
+    };
+    const Row rows[] = {{"in/folder", 0500, std::errc{}}, {"in/folder", 0755, std::errc{}},
+        {"in/folder", 0000, std::errc::permission_denied},
+        {"in/folder", 0300, std::errc::permission_denied},
+        {"in/folder", 0400, std::errc::permission_denied},
+        {"in", 0600, std::errc::permission_denied}};
+    for (const Row& row : rows) {
+        std::filesystem::permissions(folder.path(row.path), std::filesystem::perms{row.mode});
+        const FileURL url = folder.url("in/folder");
+        const std::error_code error = errorOf([&] { m_files.requireListable(url); });
+        EXPECT_EQ(error.value(), static_cast<int>(row.expected)) << row.path << row.mode;
+        EXPECT_EQ(errorOf([&] { m_files.contentsOfDirectory(url); }), error);
+    }
+}
+
 TEST_F(LinuxFileManagerTest, AnIdentityTellsEveryChange)
 {
     const FileURL file = m_folder.write("file", "content");

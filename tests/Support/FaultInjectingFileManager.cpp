@@ -143,6 +143,11 @@ std::vector<DirectoryEntry> FaultInjectingFileManager::contentsOfDirectory(const
         FileCall::contentsOfDirectory, folder, [&] { return m_files.contentsOfDirectory(folder); });
 }
 
+void FaultInjectingFileManager::requireListable(const FileURL& folder)
+{
+    performing(FileCall::requireListable, folder, [&] { m_files.requireListable(folder); });
+}
+
 FileFacts FaultInjectingFileManager::facts(const FileURL& url)
 {
     return performing(FileCall::facts, url, [&] { return m_files.facts(url); });

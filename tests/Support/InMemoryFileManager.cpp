@@ -303,6 +303,15 @@ const InMemoryFileManager::Node& InMemoryFileManager::nodeAt(
     return found->second;
 }
 
+void InMemoryFileManager::requireListableAt(const std::string& resolved, const FileURL& url) const
+{
+    const Node& node = nodeAt(resolved, url);
+    if (node.kind != Kind::folder)
+        fail("cannot list", url, std::errc::not_a_directory);
+    if (node.isUnreadable)
+        fail("cannot list", url, std::errc::permission_denied);
+}
+
 const InMemoryFileManager::Node& InMemoryFileManager::regularFileAt(
     const std::string& resolved, const FileURL& url) const
 {
@@ -378,12 +387,7 @@ std::vector<DirectoryEntry> InMemoryFileManager::contentsOfDirectory(const FileU
 {
     const std::lock_guard lock{m_mutex};
     const std::string path = resolve(folder, LastLink::follow);
-    const Node& node = nodeAt(path, folder);
-    if (node.kind != Kind::folder)
-        fail("cannot list", folder, std::errc::not_a_directory);
-    if (node.isUnreadable)
-        fail("cannot list", folder, std::errc::permission_denied);
-
+    requireListableAt(path, folder);
     std::vector<DirectoryEntry> entries;
     const std::string prefix = prefixOf(path);
     for (auto each = m_nodes.upper_bound(prefix);
@@ -396,6 +400,12 @@ std::vector<DirectoryEntry> InMemoryFileManager::contentsOfDirectory(const FileU
         entries.push_back({name, each->second.facts});
     }
     return entries;
+}
+
+void InMemoryFileManager::requireListable(const FileURL& folder)
+{
+    const std::lock_guard lock{m_mutex};
+    requireListableAt(resolve(folder, LastLink::follow), folder);
 }
 
 FileFacts InMemoryFileManager::facts(const FileURL& url)

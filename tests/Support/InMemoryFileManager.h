@@ -74,6 +74,7 @@ public:
     bool directoryExists(const FileURL& url) override;
     FileURL resolvingLinks(const FileURL& url) override;
     std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) override;
+    void requireListable(const FileURL& folder) override;
     FileFacts facts(const FileURL& url) override;
     void createDirectory(const FileURL& folder) override;
     void moveItem(const FileURL& from, const FileURL& to) override;
@@ -110,6 +111,7 @@ private:
     /// What stands at `url`, a link at its end followed or not; nothing when that is known to be nothing.
     const Node* find(const FileURL& url, LastLink lastLink) const;
     const Node& nodeAt(const std::string& resolved, const FileURL& url) const;
+    void requireListableAt(const std::string& resolved, const FileURL& url) const;
     const Node& regularFileAt(const std::string& resolved, const FileURL& url) const;
     void requireWritableParent(const std::string& resolved, const FileURL& url) const;
     std::string freeTrashPath(std::string_view name) const;
