@@ -1,4 +1,4 @@
-# A room is one folder of TidemarkCore with one static library of its own.
+# A room is one folder of TidemarkCore or Tidemark with one static library of its own.
 #
 # Headers are included by their bare names, and a room sees only its own folder and those of the
 # rooms it DEPENDS on (with theirs). So an include against the one-way order does not compile.
