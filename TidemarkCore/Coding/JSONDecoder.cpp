@@ -144,6 +144,14 @@ std::vector<JSONDecoder> JSONDecoder::elements() const
     return result;
 }
 
+std::vector<std::string> JSONDecoder::strings() const
+{
+    std::vector<std::string> result;
+    for (const JSONDecoder& decoder : elements())
+        result.push_back(decoder.string());
+    return result;
+}
+
 JSONDecoder JSONDecoder::operator[](std::string_view key) const
 {
     if (const JSONValue* member = findMember(expect<JSONObject>("an object"), key))

@@ -36,6 +36,8 @@ public:
     FileURL fileURL() const;  ///< A file URL string.
     std::vector<JSONDecoder> elements() const;
 
+    std::vector<std::string> strings() const;  ///< An array of strings.
+
     /// A member of this object that has to be there.
     JSONDecoder operator[](std::string_view key) const;
 

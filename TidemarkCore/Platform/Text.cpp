@@ -79,6 +79,13 @@ bool isValidUTF8(std::string_view bytes)
         || QByteArrayView{bytes.data(), static_cast<qsizetype>(bytes.size())}.isValidUtf8();
 }
 
+std::string withValidUTF8(std::string_view bytes)
+{
+    if (isValidUTF8(bytes))
+        return std::string{bytes};
+    return QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size())).toStdString();
+}
+
 std::string_view trimmedOfWhitespace(std::string_view text)
 {
     while (removeFrom(text, spaces)) { }

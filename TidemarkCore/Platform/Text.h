@@ -12,6 +12,9 @@ std::string lowercased(std::string_view text);
 
 bool isValidUTF8(std::string_view bytes);
 
+/// The same text with U+FFFD in place of bytes that are not valid UTF-8.
+std::string withValidUTF8(std::string_view bytes);
+
 /// Removes the tab and Unicode's space separators (category Zs) from both ends; newlines stay.
 std::string_view trimmedOfWhitespace(std::string_view text);
 

@@ -44,7 +44,8 @@ LocalTime calendarTime(std::int64_t localSeconds)
     const std::chrono::hh_mm_ss clock{moment - day};
     return {static_cast<int>(calendar.year()), static_cast<unsigned>(calendar.month()),
         static_cast<unsigned>(calendar.day()), static_cast<unsigned>(clock.hours().count()),
-        static_cast<unsigned>(clock.minutes().count())};
+        static_cast<unsigned>(clock.minutes().count()),
+        static_cast<unsigned>(clock.seconds().count())};
 }
 
 /// The first moment between the two at which the zone's clocks show `local` or later. At `before` they

@@ -17,6 +17,7 @@ struct LocalTime {
     unsigned day = 1;
     unsigned hour = 0;
     unsigned minute = 0;
+    unsigned second = 0;
 
     bool operator==(const LocalTime&) const = default;
 };

@@ -17,8 +17,7 @@ void RuleMatch::encode(JSONEncoder& encoder) const
 RuleMatch RuleMatch::decode(const JSONDecoder& decoder)
 {
     RuleMatch match;
-    for (const JSONDecoder& fileType : decoder["fileTypes"].elements())
-        match.fileTypes.push_back(fileType.string());
+    match.fileTypes = decoder["fileTypes"].strings();
     if (const auto namePattern = decoder.find("namePattern"))
         match.namePattern = namePattern->string();
     if (const auto minAge = decoder.find("minAge"))

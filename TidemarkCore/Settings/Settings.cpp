@@ -8,10 +8,8 @@ namespace {
 std::vector<WatchedFolder> decodeSharedRules(const JSONDecoder& decoder)
 {
     std::vector<std::string> paths;
-    if (const auto watched = decoder.find("watchedFolders")) {
-        for (const JSONDecoder& path : watched->elements())
-            paths.push_back(path.string());
-    }
+    if (const auto watched = decoder.find("watchedFolders"))
+        paths = watched->strings();
     std::vector<Rule> rules;
     if (const auto shared = decoder.find("rules"))
         rules = shared->list<Rule>();

@@ -4,22 +4,52 @@
 
 #include <QDebug>
 
+#include <filesystem>
 #include <stdexcept>
 
 namespace tidemark {
 
 SweepController::SweepController(
     SettingsStore settingsStore, JournalStore journalStore, FileManager& fileManager)
-    : m_settingsStore(std::move(settingsStore))
+    : m_fileManager(&fileManager)
+    , m_settingsStore(std::move(settingsStore))
     , m_executor(journalStore, fileManager)
     , m_engine(m_executor, fileManager)
     , m_journalReader(std::move(journalStore), fileManager)
 {
+    loadSettings();
+}
+
+void SweepController::loadSettings()
+{
+    // Taken before reading: a file that changes meanwhile is read again next time.
+    m_settingsIdentity = identityOfSettings();
     try {
         m_settings = m_settingsStore.load();
+        m_settingsError = nullptr;
     } catch (const std::runtime_error&) {
         m_settingsError = std::current_exception();
     }
+}
+
+/// Nothing when there is no file, or none that can be looked up.
+std::optional<FileIdentity> SweepController::identityOfSettings() const
+{
+    try {
+        return m_fileManager->identity(m_settingsStore.url());
+    } catch (const std::filesystem::filesystem_error&) {
+        return std::nullopt;
+    }
+}
+
+bool SweepController::takeInOtherChanges()
+{
+    const std::optional<FileIdentity> identity = identityOfSettings();
+    if (!identity || identity == m_settingsIdentity)
+        return false;
+    const Settings before = m_settings;
+    loadSettings();
+    return m_settings != before;
 }
 
 bool SweepController::canUndo()
@@ -87,6 +117,7 @@ void SweepController::saveSettings()
 {
     m_settingsStore.save(m_settings);
     m_settingsError = nullptr;  // the file is good now
+    m_settingsIdentity = identityOfSettings();
 }
 
 std::vector<ActivityItem> SweepController::recentActivity(int limit)

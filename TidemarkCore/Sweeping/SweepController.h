@@ -68,6 +68,11 @@ public:
     void togglePause();
     void update(Settings settings);
 
+    /// Loads the settings again if another program, an editor say, has written their file since they were
+    /// loaded or saved here. Settings that cannot be read now change nothing, but `settingsError` tells why
+    /// until that is mended; neither does a file that is gone. Whether the settings are others now.
+    bool takeInOtherChanges();
+
     /// The newest entries of the journal, newest first; none without a journal. A negative
     /// `limit` is a mistake in the program and ends the process. Throws what JournalStore::load throws. Above
     /// 20 the journal is decoded each time.
@@ -79,13 +84,17 @@ public:
 
 private:
     void saveSettings();
+    void loadSettings();
+    std::optional<FileIdentity> identityOfSettings() const;
 
+    FileManager* m_fileManager;
     SettingsStore m_settingsStore;
     Executor m_executor;
     SweepEngine m_engine;
     JournalReader m_journalReader;
     Settings m_settings;
     std::exception_ptr m_settingsError;
+    std::optional<FileIdentity> m_settingsIdentity;  // of the file when it was loaded or saved
 };
 
 }  // namespace tidemark

@@ -27,6 +27,7 @@ constexpr std::array commandNames{
     CommandName{"pause", Command::pause},
     CommandName{"resume", Command::resume},
     CommandName{"folders", Command::listFolders},
+    CommandName{"watch", Command::watch},
 };
 
 constexpr std::array foldersCommandNames{
@@ -76,6 +77,15 @@ int parsedLimit(std::string_view text)
     return error == std::errc::result_out_of_range ? std::numeric_limits<int>::max() : limit;
 }
 
+WatchBackend parsedBackend(std::string_view text)
+{
+    if (text == "fanotify")
+        return WatchBackend::fanotify;
+    if (text == "inotify")
+        return WatchBackend::inotify;
+    throw UsageError{"--backend is fanotify or inotify, not " + inQuotes(text)};
+}
+
 /// One pass over the arguments: words and options are told apart, then given their meaning.
 class Parser {
 public:
@@ -122,7 +132,7 @@ private:
         if (equals != std::string_view::npos)
             value = argument.substr(equals + 1);
 
-        if (name == "--support" || name == "--now" || name == "--limit")
+        if (name == "--support" || name == "--now" || name == "--limit" || name == "--backend")
             readValue(name, value);
         else if (value)
             throw UsageError{isSwitch(name) ? std::string{name} + " takes no value"
@@ -159,6 +169,8 @@ private:
             setOnce(m_invocation.supportFolder, std::string{*value}, name);
         else if (name == "--now")
             setOnce(m_invocation.now, parsedDate(*value), name);
+        else if (name == "--backend")
+            setOnce(m_invocation.watchBackend, parsedBackend(*value), name);
         else
             setOnce(m_limit, parsedLimit(*value), name);
         if (name == "--support" && value->empty())
@@ -222,6 +234,10 @@ private:
         const Command command = *m_invocation.command;
         if (m_invocation.now && !takesNow(command))
             throw UsageError{"--now does not belong to " + m_words[0]};
+        if (m_invocation.json && command == Command::watch)
+            throw UsageError{"--json does not belong to watch"};
+        if (m_invocation.watchBackend && command != Command::watch)
+            throw UsageError{"--backend does not belong to " + m_words[0]};
         if (m_limit && command != Command::activity)
             throw UsageError{"--limit does not belong to " + m_words[0]};
         m_invocation.limit = m_limit.value_or(m_invocation.limit);

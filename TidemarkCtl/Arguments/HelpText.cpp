@@ -26,6 +26,7 @@ Change
   pause, resume               stop sweeping, or go on
   folders add PATH...         watch folders
   folders remove PATH...      stop watching folders; their files stay where they are
+  watch                       keep them tidy until you press Ctrl-C
 
 Options
   --support DIR               use DIR for settings and journal
@@ -98,6 +99,20 @@ downloads older than 30 days are archived by month, and Markdown notes are filed
 folder touches none of its files. A path that starts with "-" stands behind "--".
 )";
 
+constexpr std::string_view watchHelp = R"(Usage: tidemarkctl watch [--backend NAME]
+
+Keeps the watched folders tidy without being asked, and prints each file that it moves, until it
+is ended by Ctrl-C (SIGINT, SIGTERM, SIGHUP). A file that is being moved then is moved first.
+A new file is swept when it has rested for the grace period, an older one when a rule says so.
+When no folder is configured, the Desktop and Downloads folders are, with the default rules.
+
+While it runs, the other commands do their work through it. There can be only one of it for a
+user. To have it started at every login:
+  systemctl --user enable --now tidemark-watch
+
+  --backend NAME   watch by this interface of the kernel only: fanotify or inotify
+)";
+
 std::string_view helpOn(Command command)
 {
     switch (command) {
@@ -119,6 +134,8 @@ std::string_view helpOn(Command command)
     case Command::addFolders:
     case Command::removeFolders:
         return foldersHelp;
+    case Command::watch:
+        return watchHelp;
     }
     return overview;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Date.h"
+#include "WatchBackend.h"
 
 #include <optional>
 #include <string>
@@ -19,6 +20,7 @@ enum class Command {
     listFolders,
     addFolders,
     removeFolders,
+    watch,
 };
 
 /// What the user asked for, read from the arguments and found to make sense. A plain value.
@@ -33,6 +35,7 @@ struct Invocation {
     std::optional<Date> now = {};
     int limit = 20;
     std::vector<std::string> paths = {};  ///< As given.
+    std::optional<WatchBackend> watchBackend = {};
 
     bool operator==(const Invocation&) const = default;
 };

@@ -3,9 +3,9 @@
 #include "Hints.h"
 #include "JSONOutput.h"
 #include "JournalText.h"
+#include "LocalWorkspace.h"
 #include "SupportFolder.h"
 #include "TextPrinter.h"
-#include "Workspace.h"
 
 #include <algorithm>
 
@@ -65,7 +65,7 @@ void print(const std::vector<ActivityItem>& items, int limit)
 
 ExitStatus runActivity(const Invocation& invocation)
 {
-    Workspace workspace{supportFolder(invocation)};
+    LocalWorkspace workspace{supportFolder(invocation)};
     const auto items = workspace.controller().recentActivity(invocation.limit);
     if (invocation.json)
         printJSON(ActivityDocument{items});

@@ -39,6 +39,8 @@ ExitStatus runCommand(const Invocation& invocation)
         return runAddFolders(invocation);
     case Command::removeFolders:
         return runRemoveFolders(invocation);
+    case Command::watch:
+        return runWatch(invocation);
     }
     return exitFailed;
 }

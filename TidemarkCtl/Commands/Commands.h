@@ -18,5 +18,6 @@ ExitStatus runResume(const Invocation& invocation);
 ExitStatus runListFolders(const Invocation& invocation);
 ExitStatus runAddFolders(const Invocation& invocation);
 ExitStatus runRemoveFolders(const Invocation& invocation);
+ExitStatus runWatch(const Invocation& invocation);
 
 }  // namespace tidemark

@@ -4,6 +4,7 @@
 #include "FolderChanges.h"
 #include "Hints.h"
 #include "JSONOutput.h"
+#include "LocalWorkspace.h"
 #include "ReplacedNotice.h"
 #include "RuleText.h"
 #include "SupportFolder.h"
@@ -61,14 +62,14 @@ void printRemoved(const FolderChanges& changes)
     printer.flush();
 }
 
-using Change = FolderChanges (*)(Workspace&, std::span<const std::string>);
+using Change = FolderChanges (Operations::*)(const std::vector<GivenPath>&);
 
 FolderChanges performed(Change change, const Invocation& invocation)
 {
-    const FileURL support = supportFolder(invocation);
-    const SupportLock lock = lockForChanges(support);
-    Workspace workspace{support};
-    return change(workspace, invocation.paths);
+    std::vector<GivenPath> paths;
+    for (const std::string& path : invocation.paths)
+        paths.push_back(GivenPath::of(path));
+    return ((*operations(invocation)).*change)(paths);
 }
 
 ExitStatus runChange(
@@ -87,7 +88,7 @@ ExitStatus runChange(
 
 ExitStatus runListFolders(const Invocation& invocation)
 {
-    Workspace workspace{supportFolder(invocation)};
+    LocalWorkspace workspace{supportFolder(invocation)};
     const Settings& settings = workspace.controller().settings();
     if (invocation.json)
         printJSON(settings.folders);
@@ -99,12 +100,12 @@ ExitStatus runListFolders(const Invocation& invocation)
 
 ExitStatus runAddFolders(const Invocation& invocation)
 {
-    return runChange(addFolders, printAdded, invocation);
+    return runChange(&Operations::addFolders, printAdded, invocation);
 }
 
 ExitStatus runRemoveFolders(const Invocation& invocation)
 {
-    return runChange(removeFolders, printRemoved, invocation);
+    return runChange(&Operations::removeFolders, printRemoved, invocation);
 }
 
 }  // namespace tidemark

@@ -1,6 +1,7 @@
 #include "Commands.h"
 #include "Hints.h"
 #include "JSONOutput.h"
+#include "LocalWorkspace.h"
 #include "PauseChange.h"
 #include "ReplacedNotice.h"
 #include "StatusReport.h"
@@ -28,16 +29,14 @@ void print(bool isPaused, const PauseChange& change)
 
 ExitStatus setPaused(bool isPaused, const Invocation& invocation)
 {
-    const FileURL support = supportFolder(invocation);
-    std::optional<SupportLock> lock = lockForChanges(support);
-    Workspace workspace{support};
-    const PauseChange change = changePause(workspace, isPaused);
+    const PauseChange change = operations(invocation)->setPaused(isPaused);
     tellOfReplaced(change.replaced);
-    lock.reset();
-    if (invocation.json)
+    if (invocation.json) {
+        LocalWorkspace workspace{supportFolder(invocation)};
         printJSON(readStatus(workspace));
-    else
+    } else {
         print(isPaused, change);
+    }
     return exitDone;
 }
 

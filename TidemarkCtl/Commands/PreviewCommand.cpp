@@ -4,6 +4,7 @@
 #include "FileTable.h"
 #include "Hints.h"
 #include "JSONEncoder.h"
+#include "LocalWorkspace.h"
 #include "OutputStream.h"
 #include "PreviewReport.h"
 #include "SupportFolder.h"
@@ -16,19 +17,10 @@ namespace tidemark {
 
 namespace {
 
-std::string obstacleText(const RehearsedAction& action)
-{
-    try {
-        std::rethrow_exception(action.obstacle);
-    } catch (const std::exception& error) {
-        return failureText(error);
-    }
-}
-
 std::string detailOf(const RehearsedAction& action, const PeopleText& people)
 {
     if (action.obstacle)
-        return "cannot be moved: " + displayText(obstacleText(action));
+        return "cannot be moved: " + displayText(failureText(action.obstacle));
     if (!action.destination)
         return "-> Trash";
     return "-> " + people.path(action.destination->path());
@@ -106,7 +98,7 @@ void printAsJSON(const PreviewReport& report)
 
 PreviewReport previewed(const Invocation& invocation)
 {
-    Workspace workspace{supportFolder(invocation)};
+    LocalWorkspace workspace{supportFolder(invocation)};
     SweepProgress progress;
     return previewSweep(workspace, invocation.now.value_or(workspace.now()), progress);
 }

@@ -3,6 +3,7 @@
 #include "FileTable.h"
 #include "Hints.h"
 #include "JSONOutput.h"
+#include "LocalWorkspace.h"
 #include "StandardStreams.h"
 #include "StatusReport.h"
 #include "SupportFolder.h"
@@ -65,7 +66,7 @@ void print(const StatusReport& report)
 
 ExitStatus runStatus(const Invocation& invocation)
 {
-    Workspace workspace{supportFolder(invocation)};
+    LocalWorkspace workspace{supportFolder(invocation)};
     const StatusReport report = readStatus(workspace);
     if (invocation.json)
         printJSON(report);

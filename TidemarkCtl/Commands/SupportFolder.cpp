@@ -4,7 +4,7 @@
 #include "CleanPath.h"
 #include "ProgressLine.h"
 
-#include <utility>
+#include <optional>
 
 namespace tidemark {
 
@@ -15,14 +15,13 @@ FileURL supportFolder(const Invocation& invocation)
     return AppSupport::folder();
 }
 
-SupportLock lockForChanges(const FileURL& supportFolder)
+std::unique_ptr<Operations> operations(const Invocation& invocation)
 {
-    AppSupport::create(supportFolder);
-    if (auto lock = SupportLock::tryAcquire(supportFolder))
-        return std::move(*lock);
-    ProgressLine line;
-    line.show("waiting for another tidemarkctl to finish");
-    return SupportLock::acquire(supportFolder);
+    std::optional<ProgressLine> line;
+    return Operations::open(supportFolder(invocation), [&] {
+        line.emplace();
+        line->show("waiting for another tidemarkctl to finish");
+    });
 }
 
 }  // namespace tidemark

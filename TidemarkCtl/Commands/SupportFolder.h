@@ -2,7 +2,9 @@
 
 #include "FileURL.h"
 #include "Invocation.h"
-#include "SupportLock.h"
+#include "Operations.h"
+
+#include <memory>
 
 namespace tidemark {
 
@@ -10,8 +12,8 @@ namespace tidemark {
 /// no home folder.
 FileURL supportFolder(const Invocation& invocation);
 
-/// Waits for the right to change the files in a support folder, which is made if it is missing, and says so
-/// when that takes long. Throws filesystem_error.
-SupportLock lockForChanges(const FileURL& supportFolder);
+/// What changes something in that folder, which is made if it is missing; tells when another command has to
+/// be waited for. Throws filesystem_error.
+std::unique_ptr<Operations> operations(const Invocation& invocation);
 
 }  // namespace tidemark

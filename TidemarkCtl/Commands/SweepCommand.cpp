@@ -65,11 +65,9 @@ void print(const SweepReport& report)
 
 SweepReport swept(const Invocation& invocation)
 {
-    const FileURL support = supportFolder(invocation);
-    const SupportLock lock = lockForChanges(support);
-    Workspace workspace{support};
+    const std::unique_ptr<Operations> sweeping = operations(invocation);
     SweepProgress progress;
-    return performSweep(workspace, invocation.now.value_or(workspace.now()), progress);
+    return sweeping->sweep(invocation.now, progress);
 }
 
 }  // namespace

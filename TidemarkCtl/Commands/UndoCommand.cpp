@@ -83,19 +83,11 @@ void printAsJSON(const UndoReport& report)
     output.flush();
 }
 
-UndoReport undone(const Invocation& invocation)
-{
-    const FileURL support = supportFolder(invocation);
-    const SupportLock lock = lockForChanges(support);
-    Workspace workspace{support};
-    return performUndo(workspace, invocation.now.value_or(workspace.now()));
-}
-
 }  // namespace
 
 ExitStatus runUndo(const Invocation& invocation)
 {
-    const UndoReport report = undone(invocation);
+    const UndoReport report = operations(invocation)->undo(invocation.now);
     if (!invocation.json)
         print(report);
     else if (!report.failure)

@@ -5,8 +5,6 @@
 
 #include <unistd.h>
 
-#include <utility>
-
 namespace tidemark {
 
 static constexpr std::size_t bufferSize = std::size_t{64} << 10U;
@@ -25,7 +23,7 @@ void OutputStream::write(std::string_view text)
 
 void OutputStream::flush()
 {
-    const std::string text = std::exchange(m_buffer, {});
+    const std::string text = take();
     std::string_view rest = text;
     while (!rest.empty()) {
         const ssize_t written =

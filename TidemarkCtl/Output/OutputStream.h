@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace tidemark {
 
@@ -20,6 +21,9 @@ public:
 
     /// Writes what is still held back; what is not flushed is lost. Throws like write.
     void flush();
+
+    /// Gives up what is still held back, for somebody else to write.
+    std::string take() { return std::exchange(m_buffer, {}); }
 
 private:
     int m_descriptor;

@@ -37,10 +37,18 @@ std::string PeopleText::path(std::string_view path) const
 
 std::string PeopleText::date(Date date) const
 {
+    std::string text = dateWithSeconds(date);
+    text.resize(text.rfind(':'));
+    return text;
+}
+
+std::string PeopleText::dateWithSeconds(Date date) const
+{
     const LocalTime time = m_timeZone.localTime(date);
     std::array<char, 64> buffer{};
-    const int length = std::snprintf(buffer.data(), buffer.size(), "%04lld-%02u-%02u %02u:%02u",
-        static_cast<long long>(time.year), time.month, time.day, time.hour, time.minute);
+    const int length = std::snprintf(buffer.data(), buffer.size(),
+        "%04lld-%02u-%02u %02u:%02u:%02u", static_cast<long long>(time.year), time.month, time.day,
+        time.hour, time.minute, time.second);
     return {buffer.data(), static_cast<std::size_t>(length)};
 }
 

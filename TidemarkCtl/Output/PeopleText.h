@@ -21,6 +21,9 @@ public:
     /// Such as "2024-05-03 14:05", in local time.
     std::string date(Date date) const;
 
+    /// Such as "2024-05-03 14:05:09", in local time.
+    std::string dateWithSeconds(Date date) const;
+
     /// With a comma between groups of thousands.
     static std::string number(std::size_t count);
 

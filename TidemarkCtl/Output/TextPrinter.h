@@ -26,6 +26,9 @@ public:
     /// Throws like OutputStream::flush.
     void flush() { m_output.flush(); }
 
+    /// Like OutputStream::take.
+    std::string take() { return m_output.take(); }
+
 private:
     OutputStream m_output;
     PeopleText m_people;

@@ -95,23 +95,23 @@ TEST_F(BookmarkStoreTest, AFileThatHoldsSomethingElseLoadsAsEmpty)
     const DamageRow rows[] = {
         {"nothing", ""},
         {"no JSON", "YQ=="},
-        {"cut", "[\"YQ==\", \"YW"},
+        {"cut", R"(["YQ==", "YW)"},
         {"more than one value", "[\"YQ==\"] []"},
-        {"an object", "{\"bookmarks\": [\"YQ==\"]}"},
+        {"an object", R"({"bookmarks": ["YQ=="]})"},
         {"a string", "\"YQ==\""},
         {"null", "null"},
         {"a number among them", "[\"YQ==\", 1]"},
         {"null among them", "[\"YQ==\", null]"},
-        {"an array among them", "[\"YQ==\", [\"YQ==\"]]"},
-        {"no base64", "[\"YQ==\", \"%%%%\"]"},
-        {"no padding", "[\"YQ==\", \"YQ\"]"},
-        {"half the padding", "[\"YQ==\", \"YQ=\"]"},
-        {"too much padding", "[\"YQ==\", \"YQ===\"]"},
-        {"padding in the middle", "[\"YQ==\", \"YQ==YQ==\"]"},
-        {"blanks", "[\"YQ==\", \"YW Jj\"]"},
-        {"a newline", "[\"YQ==\", \"YWJj\\n\"]"},
-        {"the alphabet for URLs", "[\"YQ==\", \"____\"]"},
-        {"bits that mean nothing", "[\"YQ==\", \"YR==\"]"},
+        {"an array among them", R"(["YQ==", ["YQ=="]])"},
+        {"no base64", R"(["YQ==", "%%%%"])"},
+        {"no padding", R"(["YQ==", "YQ"])"},
+        {"half the padding", R"(["YQ==", "YQ="])"},
+        {"too much padding", R"(["YQ==", "YQ==="])"},
+        {"padding in the middle", R"(["YQ==", "YQ==YQ=="])"},
+        {"blanks", R"(["YQ==", "YW Jj"])"},
+        {"a newline", R"(["YQ==", "YWJj\n"])"},
+        {"the alphabet for URLs", R"(["YQ==", "____"])"},
+        {"bits that mean nothing", R"(["YQ==", "YR=="])"},
         {"not UTF-8", "[\"YQ==\", \"\xFF\"]"},
     };
     for (const DamageRow& row : rows) {
@@ -119,7 +119,7 @@ TEST_F(BookmarkStoreTest, AFileThatHoldsSomethingElseLoadsAsEmpty)
         EXPECT_THAT(m_store.load(), IsEmpty()) << row.name;
         EXPECT_EQ(m_disk.content(m_path), row.content) << row.name;
     }
-    m_disk.addFile(m_path, "[\"YQ==\", \"\\u0059Q==\", \"\\/\\/\\/\\/\"]");
+    m_disk.addFile(m_path, R"(["YQ==", "\u0059Q==", "\/\/\/\/"])");
     EXPECT_THAT(m_store.load(), ElementsAre("a", "a", "\xFF\xFF\xFF"));
 }
 

@@ -118,6 +118,11 @@ ProgramProcess::~ProgramProcess()
     wait();
 }
 
+void ProgramProcess::signal(int number) const
+{
+    ::kill(m_pid, number);
+}
+
 int ProgramProcess::wait()
 {
     int status = 0;

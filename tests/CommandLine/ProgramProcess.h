@@ -32,6 +32,9 @@ public:
     ProgramProcess(const ProgramProcess&) = delete;
     ProgramProcess& operator=(const ProgramProcess&) = delete;
 
+    pid_t pid() const { return m_pid; }
+    void signal(int number) const;
+
     /// Waits for the end and returns the exit status, negative for the signal that ended it.
     int wait();
 

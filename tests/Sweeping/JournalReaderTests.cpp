@@ -256,6 +256,7 @@ TEST_F(JournalReaderTest, GivesManyThreadsOneFailureOfOneDecoding)
     replace("{torn");
     std::array<int, 4> failures{};
     std::vector<std::thread> threads;
+    threads.reserve(failures.size());
     for (int& failed : failures) {
         threads.emplace_back([this, &failed] {
             for (int round = 0; round < 50; ++round) {

@@ -243,7 +243,9 @@ protected:
         for (const Row& row : changingCalls()) {
             SCOPED_TRACE(row.name);
             const std::string folder = "root/" + std::to_string(++number);
-            EXPECT_TRUE(notices("mkdir " + folder + "; cd " + folder + "; " + row.before));
+            std::string script = "place=" + folder;
+            script.append("; mkdir $place; cd $place; ").append(row.before);
+            EXPECT_TRUE(notices(script));
             const Caller caller{
                 m_folder, FileURL::directory(path(folder)), OwnChanges{recorder}, files};
             test([&] { row.act(caller); });

@@ -1,0 +1,567 @@
+#include "AppModel.h"
+
+#include "CommandFailure.h"
+#include "FailureText.h"
+#include "FolderChanges.h"
+#include "LiveModel.h"
+#include "NewFolder.h"
+#include "StatusText.h"
+#include "Text.h"
+#include "Version.h"
+
+#include <algorithm>
+
+namespace tidemark {
+
+namespace {
+
+constexpr const char* workLabel = "io.tidemark.sweep";
+constexpr Seconds quietTime{1.0};
+
+/// How long settings have to rest after a change before files are swept by them without an event: a number
+/// that is being typed passes through others.
+constexpr Seconds restAfterEdit{60};
+
+std::vector<std::string> paths(const Settings& settings)
+{
+    std::vector<std::string> result;
+    for (const WatchedFolder& folder : settings.folders)
+        result.push_back(folder.path);
+    return result;
+}
+
+bool canBeListed(const std::string& path, FileManager& fileManager)
+{
+    try {
+        fileManager.requireListable(FileURL::directory(path));
+        return true;
+    } catch (const std::runtime_error&) {
+        return false;  // the row says so
+    }
+}
+
+bool isWatched(const std::string& path, const Settings& settings)
+{
+    return std::ranges::any_of(
+        settings.folders, [&](const WatchedFolder& folder) { return folder.path == path; });
+}
+
+}  // namespace
+
+AppModel::AppModel(Workspace& workspace, const Services& services, const Options& options)
+    : m_workspace(workspace)
+    , m_services(services)
+    , m_options(options)
+    , m_settings(workspace.controller().settings())
+    , m_work(workLabel, services.time, SerialQueue::Priority::low)
+{
+    m_services.alarm.onRing([this] { alarmRang(); });
+    refresh();
+    startWatching();
+    planNextSweep(Seconds{0});
+}
+
+AppModel::~AppModel()
+{
+    m_services.alarm.cancel();
+    m_services.alarm.onRing({});
+    m_watcher.reset();
+    m_isStopping = true;
+}
+
+std::unique_ptr<LiveModel> AppModel::live(const LiveOptions& options)
+{
+    return std::make_unique<LiveModel>(options);
+}
+
+std::string AppModel::statusText() const
+{
+    return tidemark::statusText(m_settings);
+}
+
+std::string AppModel::version()
+{
+    return projectVersion;
+}
+
+std::vector<Rule> AppModel::defaultRules()
+{
+    return defaultRulesForNewFolders();
+}
+
+/// Shows a new value, if it is one.
+template <typename Value>
+void AppModel::assign(Value& member, Value value, void (AppModel::*changed)())
+{
+    if (member == value)
+        return;
+    member = std::move(value);
+    Q_EMIT(this->*changed)();
+}
+
+/// Runs `work` on the main thread, after what was posted before. Safe from any thread.
+void AppModel::post(std::function<void()> work)
+{
+    QMetaObject::invokeMethod(this, std::move(work), Qt::QueuedConnection);
+}
+
+/// Runs `work` on the queue, unless everything ends before.
+void AppModel::submit(std::function<void()> work)
+{
+    m_work.async([this, work = std::move(work)] {
+        if (!m_isStopping)
+            work();
+    });
+}
+
+WorkFollower::Post AppModel::poster()
+{
+    return [this](std::function<void()> work) { post(std::move(work)); };
+}
+
+// Settings
+
+std::vector<FileURL> AppModel::presentFolderPanel()
+{
+    return m_services.folderChooser.chooseFolders();
+}
+
+void AppModel::addFolder()
+{
+    const std::vector<FileURL> chosen = presentFolderPanel();
+    if (chosen.empty())
+        return;
+    edit([&](Settings& settings) {
+        for (const FileURL& folder : chosen) {
+            const std::string& path = folder.path();
+            if (isValidUTF8(path) && !isWatched(path, settings)
+                && !isSupportFolder(path, m_workspace))
+                settings.folders.push_back(newWatchedFolder(path));
+        }
+    });
+}
+
+void AppModel::removeFolder(const std::string& path)
+{
+    edit([&](Settings& settings) {
+        std::erase_if(
+            settings.folders, [&](const WatchedFolder& folder) { return folder.path == path; });
+    });
+}
+
+void AppModel::editRule(const std::string& folder, const QUuid& rule, bool isEnabled)
+{
+    editRuleWith(folder, rule, [=](Rule& edited) { edited.isEnabled = isEnabled; });
+}
+
+void AppModel::editRule(const std::string& folder, const QUuid& rule, int days)
+{
+    const Seconds age{std::max(days, 1) * secondsPerDay};
+    editRuleWith(folder, rule, [=](Rule& edited) { edited.match.minAge = age; });
+}
+
+void AppModel::setSortsMarkdown(const std::string& folder, bool sorts)
+{
+    editFolder(folder, [=](WatchedFolder& edited) { edited.sortsMarkdown = sorts; });
+}
+
+void AppModel::setMarkdownSubfolder(const std::string& name)
+{
+    edit([&](Settings& settings) { settings.markdownSubfolder = name; });
+}
+
+void AppModel::setGracePeriodSeconds(int seconds)
+{
+    edit([=](Settings& settings) { settings.gracePeriod = Seconds(std::max(seconds, 0)); });
+}
+
+void AppModel::finishOnboarding()
+{
+    edit([](Settings& settings) { settings.hasOnboarded = true; });
+}
+
+void AppModel::editRuleWith(
+    const std::string& folder, const QUuid& rule, const std::function<void(Rule&)>& change)
+{
+    editFolder(folder, [&](WatchedFolder& edited) {
+        for (Rule& each : edited.rules) {
+            if (each.id == rule)
+                change(each);
+        }
+    });
+}
+
+void AppModel::editFolder(
+    const std::string& path, const std::function<void(WatchedFolder&)>& change)
+{
+    edit([&](Settings& settings) {
+        for (WatchedFolder& folder : settings.folders) {
+            if (folder.path == path)
+                change(folder);
+        }
+    });
+}
+
+void AppModel::edit(const std::function<void(Settings&)>& change)
+{
+    save([&] {
+        Settings settings = controller().settings();
+        change(settings);
+        controller().update(std::move(settings));
+    });
+}
+
+void AppModel::togglePause()
+{
+    save([this] { controller().togglePause(); });
+}
+
+/// Performs a change that ends with saving the settings.
+void AppModel::save(const std::function<void()>& change)
+{
+    takeInOtherChanges();
+    bool hasFailed = false;
+    try {
+        change();
+    } catch (const std::runtime_error&) {
+        hasFailed = true;
+    }
+    assign(m_didError, hasFailed, &AppModel::didErrorChanged);
+    settingsMayHaveChanged();
+}
+
+void AppModel::change(const std::function<void(Workspace&)>& change)
+{
+    takeInOtherChanges();
+    std::exception_ptr failure;
+    bool didTryToSave = true;
+    try {
+        change(m_workspace);
+    } catch (const CommandFailure&) {
+        failure = std::current_exception();
+        didTryToSave = false;
+    } catch (const std::runtime_error&) {
+        failure = std::current_exception();
+    }
+    if (didTryToSave)
+        assign(m_didError, failure != nullptr, &AppModel::didErrorChanged);
+    settingsMayHaveChanged();
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+void AppModel::requireReadableSettings()
+{
+    takeInOtherChanges();
+    m_workspace.requireReadableSettings();
+}
+
+void AppModel::takeInOtherChanges()
+{
+    if (controller().takeInOtherChanges())
+        settingsMayHaveChanged();
+    auto problem = m_workspace.settingsProblem();
+    if (problem && problem != m_loggedSettingsProblem)
+        m_services.log.warn("the settings cannot be read, and stay as they were: " + *problem);
+    m_loggedSettingsProblem = std::move(problem);
+}
+
+/// Acts upon whatever is new in the controller's settings.
+void AppModel::settingsMayHaveChanged()
+{
+    const Settings before = m_settings;
+    refresh();
+    if (m_settings == before)
+        return;
+    if (paths(m_settings) != paths(before))
+        startWatching();
+    planNextSweep(before.isPaused ? Seconds{0} : restAfterEdit);
+}
+
+// What is shown
+
+void AppModel::refresh()
+{
+    assign(m_settings, controller().settings(), &AppModel::settingsChanged);
+    refreshJournal();
+    refreshFolders();
+}
+
+void AppModel::refreshFolders()
+{
+    std::vector<WatchedFolderInfo> folders;
+    for (const WatchedFolder& folder : m_settings.folders)
+        folders.push_back({folder, canBeListed(folder.path, m_workspace.fileManager())});
+    assign(m_watchedFolders, std::move(folders), &AppModel::watchedFoldersChanged);
+}
+
+/// What the journal says, read anew if its file has changed.
+static std::vector<ActivityItem> recentActivity(SweepController& controller)
+{
+    try {
+        return controller.recentActivity(AppModel::activityLimit);
+    } catch (const std::runtime_error&) {
+        return {};
+    }
+}
+
+void AppModel::refreshJournal()
+{
+    if (controller().hasCurrentJournal())
+        return showJournal(recentActivity(controller()), controller().canUndo());
+    submit([this] {
+        auto activity = recentActivity(controller());
+        const bool canUndo = controller().canUndo();
+        post([this, activity = std::move(activity), canUndo] { showJournal(activity, canUndo); });
+    });
+}
+
+void AppModel::showJournal(std::vector<ActivityItem> activity, bool canUndo)
+{
+    assign(m_activity, std::move(activity), &AppModel::activityChanged);
+    assign(m_canUndo, canUndo, &AppModel::canUndoChanged);
+}
+
+// Watching
+
+void AppModel::startWatching()
+{
+    m_watcher.reset();
+    std::vector<FileURL> folders;
+    for (const std::string& path : paths(m_settings))
+        folders.push_back(FileURL::directory(path));
+    if (!folders.empty()) {
+        // Neither waits for the main thread, which may be waiting for the watcher to stop.
+        const auto onChange = [this] { post([this] { somethingChanged(); }); };
+        const auto onLimit = [this](WatchBackend) { post([this] { reachedWatchLimit(); }); };
+        m_watcher = std::make_unique<FolderWatcher>(std::move(folders), quietTime, onChange,
+            FolderWatcherOptions{.backend = m_options.watchBackend,
+                .ownChanges = &m_services.ownChanges,
+                .time = &m_services.time,
+                .onLimitReached = onLimit});
+        m_watcher->start();
+        if (!m_watcher->isStarted())
+            m_services.log.warn("the folders cannot be watched: the system has no means left");
+    }
+    Q_EMIT watcherChanged();
+}
+
+void AppModel::somethingChanged()
+{
+    // A sweep that has not begun will see this change, too.
+    if (!m_isStopping && m_queuedSweep != m_settings)
+        sweepNow();
+}
+
+void AppModel::reachedWatchLimit()
+{
+    m_services.log.warn(
+        "there are more folders than may be watched; changes in some are not noticed "
+        "(see fs.fanotify.max_user_marks and fs.inotify.max_user_watches)");
+    Q_EMIT watchLimitReached();
+}
+
+// Sweeping
+
+void AppModel::sweepNow()
+{
+    sweep({});
+}
+
+void AppModel::sweep(SweepRequest request)
+{
+    takeInOtherChanges();
+    const Id id = ++m_lastId;
+    const std::optional<Date> now = request.now;
+    WorkFollower::Listener listener{
+        .willScan = request.willScan,
+        .willPerform = request.willPerform,
+        .didPerform = [this](const JournalEntry& entry) { Q_EMIT performed(entry); },
+    };
+    m_sweepRequests.emplace(id, std::move(request));
+    m_queuedSweep = m_settings;
+    submit([this, id, now, settings = m_settings, listener = std::move(listener)] {
+        post([this] { m_queuedSweep.reset(); });
+        WorkFollower follower{listener, poster(), m_isStopping};
+        runSweep(settings, follower, now, id);
+    });
+}
+
+/// On the queue.
+void AppModel::runSweep(
+    const Settings& settings, WorkFollower& follower, std::optional<Date> now, Id id)
+{
+    SweepOutcome outcome;
+    try {
+        outcome.report =
+            performSweep(m_workspace, settings, now.value_or(m_workspace.now()), follower);
+        outcome.failure = outcome.report->summaryOfFailures();
+    } catch (const std::runtime_error& error) {
+        outcome.failure = withValidUTF8(failureText(error));
+    }
+    // Reads the journal here, so that the main thread need not.
+    static_cast<void>(controller().canUndo());
+    post([this, outcome = std::move(outcome), comingOfAge = follower.comingOfAge(), id] {
+        finishSweep(outcome, comingOfAge, id);
+    });
+}
+
+void AppModel::finishSweep(const SweepOutcome& outcome, std::optional<Date> comingOfAge, Id id)
+{
+    const SweepRequest request = std::move(m_sweepRequests.extract(id).mapped());
+    assign(m_didError, outcome.hasFailed(), &AppModel::didErrorChanged);
+    refresh();
+    if (outcome.hasFailed())
+        m_followUp.didFail(m_workspace.now());
+    else if (!outcome.report->wasPaused && !request.now)
+        m_followUp.didSweep(comingOfAge, m_workspace.now());
+    setAlarm();
+    if (request.now)
+        planNextSweep(Seconds{0});  // what came of age at another time tells nothing of the present
+    logFailure(outcome.failure);
+    Q_EMIT swept(outcome);
+    if (request.done)
+        request.done(outcome);
+}
+
+/// One that lasts is logged once.
+void AppModel::logFailure(const std::optional<std::string>& failure)
+{
+    if (failure && failure != m_loggedFailure)
+        m_services.log.warn("the sweep failed: " + *failure);
+    m_loggedFailure = failure;
+}
+
+// Undo
+
+void AppModel::undoLast()
+{
+    bool didPause = false;
+    if (!m_settings.isPaused)
+        save([&] { didPause = pauseBeforeUndo(m_workspace); });
+    submitUndo({}, didPause, ++m_lastId);
+}
+
+void AppModel::undo(std::optional<Date> now, std::function<void(const UndoOutcome&)> done)
+{
+    const Id id = ++m_lastId;
+    m_undoRequests.emplace(id, std::move(done));
+    submit([this, id, now] {
+        UndoOutcome outcome;
+        try {
+            if (!hasSweepToUndo(m_workspace))
+                outcome.report = UndoReport{};
+        } catch (const std::runtime_error& error) {
+            outcome.failure = withValidUTF8(failureText(error));
+        }
+        post([this, id, now, outcome = std::move(outcome)] {
+            if (outcome.report || outcome.failure)
+                return finishUndo(outcome, id);
+            pauseAndUndo(now, id);
+        });
+    });
+}
+
+void AppModel::pauseAndUndo(std::optional<Date> now, Id id)
+{
+    bool didPause = false;
+    try {
+        change([&](Workspace& workspace) { didPause = pauseBeforeUndo(workspace); });
+    } catch (const std::runtime_error& error) {
+        return finishUndo({.failure = withValidUTF8(failureText(error))}, id);
+    }
+    submitUndo(now, didPause, id);
+}
+
+void AppModel::submitUndo(std::optional<Date> now, bool didPause, Id id)
+{
+    submit([this, now, didPause, id] {
+        WorkFollower follower{
+            {.didRestore = [this](const JournalEntry& entry,
+                               const FileURL& place) { Q_EMIT restored(entry, place); }},
+            poster(), m_isStopping};
+        UndoOutcome outcome;
+        outcome.report = takeBackLastSweep(m_workspace, now.value_or(m_workspace.now()), follower);
+        outcome.report->didPause = didPause;
+        static_cast<void>(controller().canUndo());  // reads the journal here, like a sweep
+        post([this, outcome = std::move(outcome), id] { finishUndo(outcome, id); });
+    });
+}
+
+void AppModel::finishUndo(const UndoOutcome& outcome, Id id)
+{
+    refresh();
+    Q_EMIT undone(outcome);
+    if (const auto request = m_undoRequests.extract(id); request && request.mapped())
+        request.mapped()(outcome);
+}
+
+// Sweeping without being asked by an event
+
+bool AppModel::showsInitiative() const
+{
+    return !m_settings.isPaused && !m_isStopping
+        && (m_options.initiative == Initiative::always || m_settings.hasOnboarded);
+}
+
+/// Finds out when the next sweep is due, which then begins `rest` from now at the earliest.
+void AppModel::planNextSweep(Seconds rest)
+{
+    const Id plan = ++m_lastPlan;
+    if (!showsInitiative())
+        return setAlarm();
+    const Date earliest = m_workspace.now() + rest;
+    submit([this, plan, earliest, settings = m_settings] {
+        if (plan != m_lastPlan)
+            return;
+        const Date now = m_workspace.now();
+        std::optional<Date> due;
+        try {
+            due = controller().nextSweepDue(settings, now);
+        } catch (const std::runtime_error&) {
+            due = now;  // the sweep fails in the same way and tells why
+        }
+        post([this, due, earliest, plan] { finishPlan(due, earliest, plan); });
+    });
+}
+
+void AppModel::finishPlan(std::optional<Date> due, Date earliest, Id plan)
+{
+    if (plan != m_lastPlan)
+        return;
+    m_followUp.didPlan(due, earliest);
+    setAlarm();
+}
+
+void AppModel::setAlarm()
+{
+    if (m_settings.isPaused || m_isStopping)
+        m_followUp.cancel();
+    if (const auto due = m_followUp.due())
+        m_services.alarm.set(*due);
+    else
+        m_services.alarm.cancel();
+}
+
+void AppModel::alarmRang()
+{
+    if (m_followUp.take(m_workspace.now()))
+        somethingChanged();
+    else
+        setAlarm();
+}
+
+void AppModel::whenIdle(std::function<void()> idle)
+{
+    m_work.async([this, idle = std::move(idle)] { post(idle); });
+}
+
+void AppModel::stop(std::function<void()> stopped)
+{
+    m_isStopping = true;
+    setAlarm();
+    m_watcher.reset();
+    whenIdle(std::move(stopped));
+}
+
+}  // namespace tidemark

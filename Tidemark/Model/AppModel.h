@@ -1,0 +1,223 @@
+#pragma once
+
+#include "ActivityItem.h"
+#include "Alarm.h"
+#include "FolderChooser.h"
+#include "FolderWatcher.h"
+#include "FollowUp.h"
+#include "SerialQueue.h"
+#include "SweepOutcome.h"
+#include "SystemLog.h"
+#include "UndoOutcome.h"
+#include "WatchedFolderInfo.h"
+#include "WorkFollower.h"
+#include "Workspace.h"
+
+#include <QObject>
+
+#include <atomic>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tidemark {
+
+class LiveModel;
+struct LiveOptions;
+
+/// What an interface shows, and everything it can do.
+///
+/// Lives on the main thread, which needs an event loop. Sweeps and undo run one at a time on the queue `work`,
+/// at low priority, in the order in which they were asked for; results are back on the main thread before
+/// anything observable changes. Every change of the settings is saved at once. Failures show as `didError` and
+/// empty lists, and in the system's log; nothing here throws but where it says so. What another program writes
+/// into the settings' file is taken in before the next sweep or change.
+class AppModel final : public QObject {
+    Q_OBJECT
+
+public:
+    /// Collaborators, which outlive the model.
+    struct Services {
+        FolderChooser& folderChooser;
+        Alarm& alarm;
+        SystemLog& log;
+        TimeSource& time;  ///< Of quiet times.
+        OwnChangeLog& ownChanges;  ///< Told by the workspace's file manager.
+    };
+
+    /// When to look, without being asked by an event, for files that are due.
+    enum class Initiative {
+        onceOnboarded,  ///< Not before the user has said that sweeping may start.
+        always,
+    };
+
+    struct Options {
+        Initiative initiative = Initiative::onceOnboarded;
+        std::optional<WatchBackend> watchBackend = {};  ///< In place of the best one.
+    };
+
+    static constexpr int activityLimit = 20;
+
+    /// Begins to watch the configured folders. `workspace` outlives the model. Throws system_error when the
+    /// system has no threads left.
+    AppModel(Workspace& workspace, const Services& services, const Options& options);
+
+    /// Waits for the file that is being moved.
+    ~AppModel() override;
+
+    /// Builds everything for a running application or `tidemarkctl watch`: see LiveModel.
+    static std::unique_ptr<LiveModel> live(const LiveOptions& options);
+
+    const Settings& settings() const { return m_settings; }
+    const std::vector<WatchedFolderInfo>& watchedFolders() const { return m_watchedFolders; }
+    const std::vector<ActivityItem>& activity() const { return m_activity; }  ///< Newest first.
+    bool canUndo() const { return m_canUndo; }
+
+    /// Whether the last sweep or the last saving of the settings failed.
+    bool didError() const { return m_didError; }
+
+    /// Null while no folder is configured.
+    FolderWatcher* watcher() { return m_watcher.get(); }
+
+    /// The one line at the top of a menu.
+    std::string statusText() const;
+    static std::string version();
+
+    SweepController& controller() { return m_workspace.controller(); }
+
+    Date now() const { return m_workspace.now(); }
+
+    /// The rules of a folder that is added.
+    static std::vector<Rule> defaultRules();
+
+    // What a menu offers.
+    void sweepNow();
+    void undoLast();  ///< Pauses sweeping first, and leaves it so.
+    void togglePause();
+
+    // Changes of the settings.
+    std::vector<FileURL> presentFolderPanel();
+    void addFolder();
+    void removeFolder(const std::string& path);
+    void editRule(const std::string& folder, const QUuid& rule, bool isEnabled);
+    void editRule(const std::string& folder, const QUuid& rule, int days);  ///< At least 1.
+    void setSortsMarkdown(const std::string& folder, bool sorts);
+    void setMarkdownSubfolder(const std::string& name);
+    void setGracePeriodSeconds(int seconds);  ///< At least 0.
+    void finishOnboarding();
+
+    /// Brings everything that is shown up to date with settings, journal and folders. A journal that has
+    /// changed is read on `work`, since it may be large; what it says shows a moment later.
+    void refresh();
+
+    // The same for somebody who wants to know what came of it. Callbacks come on the main thread, and not at
+    // all when the model ends before.
+    struct SweepRequest {
+        std::optional<Date> now = {};  ///< Stands in for the present.
+        std::function<void(const FileURL&)> willScan = {};
+        std::function<void(std::size_t index, std::size_t count)> willPerform = {};
+        std::function<void(const SweepOutcome&)> done = {};
+    };
+    void sweep(SweepRequest request);
+
+    /// Unlike undoLast it pauses sweeping only when there is a sweep to undo.
+    void undo(std::optional<Date> now, std::function<void(const UndoOutcome&)> done);
+
+    /// Changes the settings by `change`, then shows what they are. Rethrows what it throws; a failure to save
+    /// them sets `didError`.
+    void change(const std::function<void(Workspace&)>& change);
+
+    /// Throws CommandFailure when the settings' file cannot be read, so that others are in use.
+    void requireReadableSettings();
+
+    /// Calls `idle` when what was asked for so far has been done.
+    void whenIdle(std::function<void()> idle);
+
+    /// Ends a sweep or an undo after the file it is at, drops what was asked for since, and calls `stopped`
+    /// when all is quiet. Nothing is swept any more.
+    void stop(std::function<void()> stopped);
+
+Q_SIGNALS:
+    void settingsChanged();
+    void watchedFoldersChanged();
+    void activityChanged();
+    void canUndoChanged();
+    void didErrorChanged();
+    void watcherChanged();
+
+    /// What happens, as it happens.
+    void performed(const tidemark::JournalEntry& entry);
+    void restored(const tidemark::JournalEntry& entry, const tidemark::FileURL& place);
+    void swept(const tidemark::SweepOutcome& outcome);
+    void undone(const tidemark::UndoOutcome& outcome);
+
+    /// There are more folders than the system lets the user watch: changes in some are not noticed.
+    void watchLimitReached();
+
+private:
+    using Id = std::uint64_t;
+
+    template <typename Value>
+    void assign(Value& member, Value value, void (AppModel::*changed)());
+
+    void post(std::function<void()> work);
+    void submit(std::function<void()> work);
+    WorkFollower::Post poster();
+
+    void edit(const std::function<void(Settings&)>& change);
+    void editFolder(const std::string& path, const std::function<void(WatchedFolder&)>& change);
+    void editRuleWith(
+        const std::string& folder, const QUuid& rule, const std::function<void(Rule&)>& change);
+    void save(const std::function<void()>& change);
+    void settingsMayHaveChanged();
+    void takeInOtherChanges();
+
+    void refreshFolders();
+    void refreshJournal();
+    void showJournal(std::vector<ActivityItem> activity, bool canUndo);
+
+    void startWatching();
+    void somethingChanged();
+    void reachedWatchLimit();
+
+    void runSweep(const Settings& settings, WorkFollower& follower, std::optional<Date> now, Id id);
+    void finishSweep(const SweepOutcome& outcome, std::optional<Date> comingOfAge, Id id);
+    void logFailure(const std::optional<std::string>& failure);
+    void pauseAndUndo(std::optional<Date> now, Id id);
+    void submitUndo(std::optional<Date> now, bool didPause, Id id);
+    void finishUndo(const UndoOutcome& outcome, Id id);
+
+    bool showsInitiative() const;
+    void planNextSweep(Seconds rest);
+    void finishPlan(std::optional<Date> due, Date earliest, Id plan);
+    void setAlarm();
+    void alarmRang();
+
+    Workspace& m_workspace;
+    const Services m_services;
+    const Options m_options;
+
+    Settings m_settings;
+    std::vector<WatchedFolderInfo> m_watchedFolders;
+    std::vector<ActivityItem> m_activity;
+    bool m_canUndo = false;
+    bool m_didError = false;
+
+    FollowUp m_followUp;
+    std::optional<Settings> m_queuedSweep;  ///< The settings of the last sweep, until it begins.
+    std::optional<std::string> m_loggedFailure;
+    std::optional<std::string> m_loggedSettingsProblem;
+    Id m_lastId = 0;
+    std::map<Id, SweepRequest> m_sweepRequests;
+    std::map<Id, std::function<void(const UndoOutcome&)>> m_undoRequests;
+
+    std::atomic<bool> m_isStopping = false;  ///< Read by the work, too, like the next.
+    std::atomic<Id> m_lastPlan = 0;  ///< An earlier one is not worth its while any more.
+    SerialQueue m_work;
+    std::unique_ptr<FolderWatcher> m_watcher;
+};
+
+}  // namespace tidemark

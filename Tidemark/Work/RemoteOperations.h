@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Operations.h"
+#include "RemoteClient.h"
+#include "WorkMessages.h"
+
+namespace tidemark {
+
+/// Has everything carried out by the running process that holds the lock of the support folder.
+///
+/// Beside what Operations promises, all throw CommandFailure when that process ends before it has answered.
+class RemoteOperations final : public Operations {
+public:
+    explicit RemoteOperations(RemoteClient client);
+
+    SweepReport sweep(std::optional<Date> now, SweepObserver& observer) override;
+    UndoReport undo(std::optional<Date> now) override;
+    PauseChange setPaused(bool isPaused) override;
+    FolderChanges addFolders(const std::vector<GivenPath>& paths) override;
+    FolderChanges removeFolders(const std::vector<GivenPath>& paths) override;
+
+private:
+    std::string answerTo(const WorkRequest& request, SweepObserver& observer);
+
+    RemoteClient m_client;
+};
+
+}  // namespace tidemark
