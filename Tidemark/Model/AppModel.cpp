@@ -100,9 +100,9 @@ void AppModel::assign(Value& member, Value value, void (AppModel::*changed)())
 }
 
 /// Runs `work` on the main thread, after what was posted before. Safe from any thread.
-void AppModel::post(std::function<void()> work)
+void AppModel::post(MainQueue::Work work)
 {
-    QMetaObject::invokeMethod(this, std::move(work), Qt::QueuedConnection);
+    m_mainQueue.post(std::move(work));
 }
 
 /// Runs `work` on the queue, unless everything ends before.

@@ -5,6 +5,7 @@
 #include "FolderChooser.h"
 #include "FolderWatcher.h"
 #include "FollowUp.h"
+#include "MainQueue.h"
 #include "SerialQueue.h"
 #include "SweepOutcome.h"
 #include "SystemLog.h"
@@ -163,7 +164,7 @@ private:
     template <typename Value>
     void assign(Value& member, Value value, void (AppModel::*changed)());
 
-    void post(std::function<void()> work);
+    void post(MainQueue::Work work);
     void submit(std::function<void()> work);
     WorkFollower::Post poster();
 
@@ -216,6 +217,7 @@ private:
 
     std::atomic<bool> m_isStopping = false;  ///< Read by the work, too, like the next.
     std::atomic<Id> m_lastPlan = 0;  ///< An earlier one is not worth its while any more.
+    MainQueue m_mainQueue;
     SerialQueue m_work;
     std::unique_ptr<FolderWatcher> m_watcher;
 };

@@ -4,7 +4,6 @@
 #include "RemoteControl.h"
 #include "SupportLock.h"
 
-#include <QMetaObject>
 #include <QScopeGuard>
 
 #include <future>
@@ -51,12 +50,10 @@ protected:
     template <typename Work>
     auto elsewhere(Work work)
     {
+        MainQueue queue;
         bool isDone = false;
         auto result = std::async(std::launch::async, [&] {
-            const auto done = qScopeGuard([&] {
-                QMetaObject::invokeMethod(
-                    QCoreApplication::instance(), [&] { isDone = true; }, Qt::QueuedConnection);
-            });
+            const auto done = qScopeGuard([&] { queue.post([&] { isDone = true; }); });
             return work(*Operations::open(m_home.url("support"), [] {}));
         });
         EXPECT_TRUE(runUntil([&] { return isDone; }));
