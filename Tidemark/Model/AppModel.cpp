@@ -373,11 +373,18 @@ void AppModel::sweep(SweepRequest request)
     takeInOtherChanges();
     const Id id = ++m_lastId;
     const std::optional<Date> now = request.now;
+    // What the request holds stays on the main thread.
     WorkFollower::Listener listener{
-        .willScan = request.willScan,
-        .willPerform = request.willPerform,
-        .didPerform = [this](const JournalEntry& entry) { Q_EMIT performed(entry); },
-    };
+        .didPerform = [this](const JournalEntry& entry) { Q_EMIT performed(entry); }};
+    if (request.willScan) {
+        listener.willScan = [this, id](
+                                const FileURL& folder) { m_sweepRequests.at(id).willScan(folder); };
+    }
+    if (request.willPerform) {
+        listener.willPerform = [this, id](std::size_t index, std::size_t count) {
+            m_sweepRequests.at(id).willPerform(index, count);
+        };
+    }
     m_sweepRequests.emplace(id, std::move(request));
     m_queuedSweep = m_settings;
     submit([this, id, now, settings = m_settings, listener = std::move(listener)] {
@@ -553,7 +560,7 @@ void AppModel::alarmRang()
 
 void AppModel::whenIdle(std::function<void()> idle)
 {
-    m_work.async([this, idle = std::move(idle)] { post(idle); });
+    m_work.async([this, idle = std::move(idle)]() mutable { post(std::move(idle)); });
 }
 
 void AppModel::stop(std::function<void()> stopped)

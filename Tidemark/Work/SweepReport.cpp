@@ -20,6 +20,7 @@ public:
 
     std::vector<SweepReport::Failure> takeFailures() { return std::move(m_failures); }
     bool sawUnsavedJournal() const { return m_sawUnsavedJournal; }
+    bool wasStopped() const { return m_wasStopped; }
 
     void willScan(const FileURL& folder) override { m_next->willScan(folder); }
     void willComeOfAge(Date earliest) override { m_next->willComeOfAge(earliest); }
@@ -34,7 +35,11 @@ public:
         m_sawUnsavedJournal = m_sawUnsavedJournal || isAboutJournal(error);
         m_next->didFail(action, error);
     }
-    bool shouldStop() override { return m_next->shouldStop(); }
+    bool shouldStop() override
+    {
+        m_wasStopped = m_wasStopped || m_next->shouldStop();
+        return m_wasStopped;
+    }
 
 private:
     bool isAboutJournal(const std::exception& error) const
@@ -47,6 +52,7 @@ private:
     const FileURL* m_journal;
     std::vector<SweepReport::Failure> m_failures;
     bool m_sawUnsavedJournal = false;
+    bool m_wasStopped = false;
 };
 
 SweepReport sweepWithoutMemory(
@@ -56,6 +62,7 @@ SweepReport sweepWithoutMemory(
     SweepReport report{.watchesFolders = !settings.folders.empty(),
         .record = workspace.controller().sweep(settings, now, &collector)};
     report.failures = collector.takeFailures();
+    report.wasStopped = collector.wasStopped();
     report.couldSaveJournal = !collector.sawUnsavedJournal();
     return report;
 }
@@ -87,6 +94,7 @@ void SweepReport::encode(JSONEncoder& encoder) const
         encoder.member("failures", failures);
         encoder.member("record", record);
         encoder.member("wasPaused", wasPaused);
+        encoder.member("wasStopped", wasStopped);
         encoder.member("watchesFolders", watchesFolders);
     });
 }
@@ -96,6 +104,7 @@ SweepReport SweepReport::decode(const JSONDecoder& decoder)
     return {
         .wasPaused = decoder["wasPaused"].boolean(),
         .watchesFolders = decoder["watchesFolders"].boolean(),
+        .wasStopped = decoder["wasStopped"].boolean(),
         .couldSaveJournal = decoder["couldSaveJournal"].boolean(),
         .record = SweepRecord::decode(decoder["record"]),
         .failures = decoder["failures"].list<Failure>(),

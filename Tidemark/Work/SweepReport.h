@@ -24,8 +24,9 @@ struct SweepReport {
 
     bool wasPaused = false;  ///< Nothing was done then.
     bool watchesFolders = false;  ///< Else there was nothing to look through.
+    bool wasStopped = false;  ///< Before every file was looked at.
     bool couldSaveJournal =
-        true;  ///< Else files were left alone because their moves could not be noted.
+        true;  ///< Else files were left alone, for want of a note of their moves.
     SweepRecord record;
     std::vector<Failure> failures = {};
 

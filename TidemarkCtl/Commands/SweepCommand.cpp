@@ -81,10 +81,11 @@ ExitStatus runSweep(const Invocation& invocation)
         print(report);
 
     const auto summary = report.summaryOfFailures();
-    if (!summary)
-        return exitDone;
-    StandardStreams::complain(*summary);
-    return exitFailed;
+    if (summary)
+        StandardStreams::complain(*summary);
+    else if (report.wasStopped)
+        StandardStreams::complain("the sweep was stopped before it was done");
+    return summary || report.wasStopped ? exitFailed : exitDone;
 }
 
 }  // namespace tidemark

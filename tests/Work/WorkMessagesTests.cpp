@@ -54,6 +54,7 @@ TEST(WorkMessages, EveryResultArrivesUnchanged)
 {
     expectToArriveUnchanged(SweepReport{.wasPaused = true, .record = {.startedAt = someDate}});
     expectToArriveUnchanged(SweepReport{.watchesFolders = true,
+        .wasStopped = true,
         .couldSaveJournal = false,
         .record = someRecord(),
         .failures = {{oddName, "cannot move it"}}});
