@@ -9,7 +9,11 @@
 #include "Text.h"
 #include "Version.h"
 
+#include <malloc.h>
+
 #include <algorithm>
+#include <system_error>
+#include <utility>
 
 namespace tidemark {
 
@@ -21,6 +25,8 @@ constexpr Seconds quietTime{1.0};
 /// How long settings have to rest after a change before files are swept by them without an event: a number
 /// that is being typed passes through others.
 constexpr Seconds restAfterEdit{60};
+
+constexpr Seconds pauseBeforeWatchingAgain{300};
 
 std::vector<std::string> paths(const Settings& settings)
 {
@@ -35,7 +41,7 @@ bool canBeListed(const std::string& path, FileManager& fileManager)
     try {
         fileManager.requireListable(FileURL::directory(path));
         return true;
-    } catch (const std::runtime_error&) {
+    } catch (const std::exception&) {
         return false;  // the row says so
     }
 }
@@ -58,7 +64,8 @@ AppModel::AppModel(Workspace& workspace, const Services& services, const Options
     m_services.alarm.onRing([this] { alarmRang(); });
     refresh();
     startWatching();
-    planNextSweep(Seconds{0});
+    if (m_options.looksAtLaunch)
+        planNextSweep(Seconds{0});
 }
 
 AppModel::~AppModel()
@@ -109,8 +116,11 @@ void AppModel::post(MainQueue::Work work)
 void AppModel::submit(std::function<void()> work)
 {
     m_work.async([this, work = std::move(work)] {
-        if (!m_isStopping)
-            work();
+        if (m_isStopping)
+            return;
+        work();
+        // A large journal was decoded perhaps; the allocator would keep its memory for months.
+        ::malloc_trim(0);
     });
 }
 
@@ -223,7 +233,7 @@ void AppModel::save(const std::function<void()>& change)
     bool hasFailed = false;
     try {
         change();
-    } catch (const std::runtime_error&) {
+    } catch (const std::exception&) {
         hasFailed = true;
     }
     assign(m_didError, hasFailed, &AppModel::didErrorChanged);
@@ -240,7 +250,7 @@ void AppModel::change(const std::function<void(Workspace&)>& change)
     } catch (const CommandFailure&) {
         failure = std::current_exception();
         didTryToSave = false;
-    } catch (const std::runtime_error&) {
+    } catch (const std::exception&) {
         failure = std::current_exception();
     }
     if (didTryToSave)
@@ -261,9 +271,9 @@ void AppModel::takeInOtherChanges()
     if (controller().takeInOtherChanges())
         settingsMayHaveChanged();
     auto problem = m_workspace.settingsProblem();
-    if (problem && problem != m_loggedSettingsProblem)
-        m_services.log.warn("the settings cannot be read, and stay as they were: " + *problem);
-    m_loggedSettingsProblem = std::move(problem);
+    if (problem && problem != m_toldSettingsProblem)
+        warn("the settings cannot be read, and stay as they were: " + *problem);
+    m_toldSettingsProblem = std::move(problem);
 }
 
 /// Acts upon whatever is new in the controller's settings.
@@ -300,18 +310,27 @@ static std::vector<ActivityItem> recentActivity(SweepController& controller)
 {
     try {
         return controller.recentActivity(AppModel::activityLimit);
-    } catch (const std::runtime_error&) {
+    } catch (const std::exception&) {
         return {};
+    }
+}
+
+static bool hasSweep(SweepController& controller)
+{
+    try {
+        return controller.canUndo();
+    } catch (const std::exception&) {
+        return false;
     }
 }
 
 void AppModel::refreshJournal()
 {
     if (controller().hasCurrentJournal())
-        return showJournal(recentActivity(controller()), controller().canUndo());
+        return showJournal(recentActivity(controller()), hasSweep(controller()));
     submit([this] {
         auto activity = recentActivity(controller());
-        const bool canUndo = controller().canUndo();
+        const bool canUndo = hasSweep(controller());
         post([this, activity = std::move(activity), canUndo] { showJournal(activity, canUndo); });
     });
 }
@@ -328,22 +347,73 @@ void AppModel::startWatching()
 {
     m_watcher.reset();
     std::vector<FileURL> folders;
-    for (const std::string& path : paths(m_settings))
-        folders.push_back(FileURL::directory(path));
-    if (!folders.empty()) {
-        // Neither waits for the main thread, which may be waiting for the watcher to stop.
-        const auto onChange = [this] { post([this] { somethingChanged(); }); };
-        const auto onLimit = [this](WatchBackend) { post([this] { reachedWatchLimit(); }); };
-        m_watcher = std::make_unique<FolderWatcher>(std::move(folders), quietTime, onChange,
+    for (const std::string& path : paths(m_settings)) {
+        // A file edited by hand may hold anything; a relative path would mean one from the root.
+        if (path.starts_with('/'))
+            folders.push_back(FileURL::directory(path));
+    }
+    if (!folders.empty())
+        m_watcher = startedWatcher(std::move(folders));
+    tellWatchProblem();
+    Q_EMIT watcherChanged();
+}
+
+/// Null when the system has no threads left.
+std::unique_ptr<FolderWatcher> AppModel::startedWatcher(std::vector<FileURL> folders)
+{
+    // Neither waits for the main thread, which may be waiting for the watcher to stop.
+    const auto onChange = [this] { post([this] { somethingChanged(); }); };
+    const auto onLimit = [this](WatchBackend) {
+        post([this] {
+            warn("there are more folders than may be watched; changes in some are not noticed (see "
+                 "fs.fanotify.max_user_marks and fs.inotify.max_user_watches)");
+        });
+    };
+    try {
+        auto watcher = std::make_unique<FolderWatcher>(std::move(folders), quietTime, onChange,
             FolderWatcherOptions{.backend = m_options.watchBackend,
                 .ownChanges = &m_services.ownChanges,
                 .time = &m_services.time,
                 .onLimitReached = onLimit});
-        m_watcher->start();
-        if (!m_watcher->isStarted())
-            m_services.log.warn("the folders cannot be watched: the system has no means left");
+        watcher->start();
+        return watcher;
+    } catch (const std::system_error&) {
+        return nullptr;
     }
-    Q_EMIT watcherChanged();
+}
+
+/// Why some folder that is there is not watched; nothing when all is well.
+static std::optional<std::string> problemOf(
+    const FolderWatcher* watcher, const std::vector<WatchedFolderInfo>& folders)
+{
+    if (watcher == nullptr || !watcher->isStarted())
+        return "the system has no means left";
+    for (const WatchStatus& status : watcher->status()) {
+        const bool isThere = std::ranges::any_of(folders, [&](const WatchedFolderInfo& info) {
+            return info.isGranted && info.folder.path == status.folder.path();
+        });
+        if (isThere && status.coverage == WatchStatus::Coverage::none)
+            return status.folder.path() + ": " + status.reason.message();
+    }
+    return std::nullopt;
+}
+
+/// Tells once that folders are not watched. The alarm has them tried again.
+void AppModel::tellWatchProblem()
+{
+    std::optional<std::string> problem;
+    if (!m_settings.folders.empty())
+        problem = problemOf(m_watcher.get(), m_watchedFolders);
+    if (problem && problem != m_toldWatchProblem)
+        warn("folders cannot be watched, so changes in them are not noticed: " + *problem);
+    m_toldWatchProblem = std::move(problem);
+    setAlarm();
+}
+
+void AppModel::warn(const std::string& line)
+{
+    m_services.log.warn(line);
+    Q_EMIT warned(line);
 }
 
 void AppModel::somethingChanged()
@@ -351,14 +421,6 @@ void AppModel::somethingChanged()
     // A sweep that has not begun will see this change, too.
     if (!m_isStopping && m_queuedSweep != m_settings)
         sweepNow();
-}
-
-void AppModel::reachedWatchLimit()
-{
-    m_services.log.warn(
-        "there are more folders than may be watched; changes in some are not noticed "
-        "(see fs.fanotify.max_user_marks and fs.inotify.max_user_watches)");
-    Q_EMIT watchLimitReached();
 }
 
 // Sweeping
@@ -370,6 +432,8 @@ void AppModel::sweepNow()
 
 void AppModel::sweep(SweepRequest request)
 {
+    if (m_undosBeingChecked > 0)
+        return m_heldSweeps.push_back(std::move(request));
     takeInOtherChanges();
     const Id id = ++m_lastId;
     const std::optional<Date> now = request.now;
@@ -403,11 +467,11 @@ void AppModel::runSweep(
         outcome.report =
             performSweep(m_workspace, settings, now.value_or(m_workspace.now()), follower);
         outcome.failure = outcome.report->summaryOfFailures();
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         outcome.failure = withValidUTF8(failureText(error));
     }
     // Reads the journal here, so that the main thread need not.
-    static_cast<void>(controller().canUndo());
+    static_cast<void>(hasSweep(controller()));
     post([this, outcome = std::move(outcome), comingOfAge = follower.comingOfAge(), id] {
         finishSweep(outcome, comingOfAge, id);
     });
@@ -453,20 +517,30 @@ void AppModel::undo(std::optional<Date> now, std::function<void(const UndoOutcom
 {
     const Id id = ++m_lastId;
     m_undoRequests.emplace(id, std::move(done));
+    ++m_undosBeingChecked;
     submit([this, id, now] {
         UndoOutcome outcome;
         try {
             if (!hasSweepToUndo(m_workspace))
                 outcome.report = UndoReport{};
-        } catch (const std::runtime_error& error) {
+        } catch (const std::exception& error) {
             outcome.failure = withValidUTF8(failureText(error));
         }
-        post([this, id, now, outcome = std::move(outcome)] {
-            if (outcome.report || outcome.failure)
-                return finishUndo(outcome, id);
-            pauseAndUndo(now, id);
-        });
+        post([this, id, now, outcome = std::move(outcome)] { beginUndo(outcome, now, id); });
     });
+}
+
+/// Whether there is something to undo has been found out: `outcome` holds why not.
+void AppModel::beginUndo(const UndoOutcome& outcome, std::optional<Date> now, Id id)
+{
+    if (outcome.report || outcome.failure)
+        finishUndo(outcome, id);
+    else
+        pauseAndUndo(now, id);
+    if (--m_undosBeingChecked > 0)
+        return;
+    for (SweepRequest& request : std::exchange(m_heldSweeps, {}))
+        sweep(std::move(request));
 }
 
 void AppModel::pauseAndUndo(std::optional<Date> now, Id id)
@@ -474,7 +548,7 @@ void AppModel::pauseAndUndo(std::optional<Date> now, Id id)
     bool didPause = false;
     try {
         change([&](Workspace& workspace) { didPause = pauseBeforeUndo(workspace); });
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         return finishUndo({.failure = withValidUTF8(failureText(error))}, id);
     }
     submitUndo(now, didPause, id);
@@ -490,7 +564,7 @@ void AppModel::submitUndo(std::optional<Date> now, bool didPause, Id id)
         UndoOutcome outcome;
         outcome.report = takeBackLastSweep(m_workspace, now.value_or(m_workspace.now()), follower);
         outcome.report->didPause = didPause;
-        static_cast<void>(controller().canUndo());  // reads the journal here, like a sweep
+        static_cast<void>(hasSweep(controller()));  // reads the journal here, like a sweep
         post([this, outcome = std::move(outcome), id] { finishUndo(outcome, id); });
     });
 }
@@ -523,9 +597,10 @@ void AppModel::planNextSweep(Seconds rest)
             return;
         const Date now = m_workspace.now();
         std::optional<Date> due;
+        WorkFollower follower{{}, poster(), m_isStopping};
         try {
-            due = controller().nextSweepDue(settings, now);
-        } catch (const std::runtime_error&) {
+            due = controller().nextSweepDue(settings, now, &follower);
+        } catch (const std::exception&) {
             due = now;  // the sweep fails in the same way and tells why
         }
         post([this, due, earliest, plan] { finishPlan(due, earliest, plan); });
@@ -544,7 +619,12 @@ void AppModel::setAlarm()
 {
     if (m_settings.isPaused || m_isStopping)
         m_followUp.cancel();
-    if (const auto due = m_followUp.due())
+    std::optional<Date> due = m_followUp.due();
+    if (m_toldWatchProblem && !m_isStopping) {
+        const Date another = m_workspace.now() + pauseBeforeWatchingAgain;
+        due = std::min(due.value_or(another), another);
+    }
+    if (due)
         m_services.alarm.set(*due);
     else
         m_services.alarm.cancel();
@@ -552,7 +632,12 @@ void AppModel::setAlarm()
 
 void AppModel::alarmRang()
 {
-    if (m_followUp.take(m_workspace.now()))
+    const bool wasBlind = m_toldWatchProblem.has_value();
+    if (wasBlind)
+        startWatching();
+    // What happened while nothing was noticed is swept now.
+    const bool canSeeAgain = wasBlind && !m_toldWatchProblem;
+    if (m_followUp.take(m_workspace.now()) || canSeeAgain)
         somethingChanged();
     else
         setAlarm();

@@ -57,6 +57,7 @@ public:
 
     struct Options {
         Initiative initiative = Initiative::onceOnboarded;
+        bool looksAtLaunch = true;  ///< Also right when it is made.
         std::optional<WatchBackend> watchBackend = {};  ///< In place of the best one.
     };
 
@@ -82,6 +83,9 @@ public:
 
     /// Null while no folder is configured.
     FolderWatcher* watcher() { return m_watcher.get(); }
+
+    /// Why changes in folders that are there are not noticed; nothing when all is well.
+    const std::optional<std::string>& watchProblem() const { return m_toldWatchProblem; }
 
     /// The one line at the top of a menu.
     std::string statusText() const;
@@ -155,8 +159,8 @@ Q_SIGNALS:
     void swept(const tidemark::SweepOutcome& outcome);
     void undone(const tidemark::UndoOutcome& outcome);
 
-    /// There are more folders than the system lets the user watch: changes in some are not noticed.
-    void watchLimitReached();
+    /// Something that is no failure of a sweep went wrong; it is in the system's log, too.
+    void warned(const std::string& line);
 
 private:
     using Id = std::uint64_t;
@@ -182,11 +186,14 @@ private:
 
     void startWatching();
     void somethingChanged();
-    void reachedWatchLimit();
+    std::unique_ptr<FolderWatcher> startedWatcher(std::vector<FileURL> folders);
+    void tellWatchProblem();
+    void warn(const std::string& line);
 
     void runSweep(const Settings& settings, WorkFollower& follower, std::optional<Date> now, Id id);
     void finishSweep(const SweepOutcome& outcome, std::optional<Date> comingOfAge, Id id);
     void logFailure(const std::optional<std::string>& failure);
+    void beginUndo(const UndoOutcome& outcome, std::optional<Date> now, Id id);
     void pauseAndUndo(std::optional<Date> now, Id id);
     void submitUndo(std::optional<Date> now, bool didPause, Id id);
     void finishUndo(const UndoOutcome& outcome, Id id);
@@ -210,7 +217,10 @@ private:
     FollowUp m_followUp;
     std::optional<Settings> m_queuedSweep;  ///< The settings of the last sweep, until it begins.
     std::optional<std::string> m_loggedFailure;
-    std::optional<std::string> m_loggedSettingsProblem;
+    std::optional<std::string> m_toldSettingsProblem;
+    std::optional<std::string> m_toldWatchProblem;
+    int m_undosBeingChecked = 0;
+    std::vector<SweepRequest> m_heldSweeps;  ///< Asked for after such an undo.
     Id m_lastId = 0;
     std::map<Id, SweepRequest> m_sweepRequests;
     std::map<Id, std::function<void(const UndoOutcome&)>> m_undoRequests;

@@ -10,13 +10,13 @@ bool seedStandardFolders(Workspace& workspace)
 {
     if (!workspace.controller().settings().folders.empty())
         return false;
-    Settings settings = workspace.controller().settings();
-    for (const FileURL& folder : WatchedFolders::standard()) {
-        // What cannot be written into the settings cannot be watched.
-        if (isValidUTF8(folder.path()))
-            settings.folders.push_back(newWatchedFolder(folder.path()));
-    }
     try {
+        Settings settings = workspace.controller().settings();
+        for (const FileURL& folder : WatchedFolders::standard()) {
+            // What cannot be written into the settings cannot be watched.
+            if (isValidUTF8(folder.path()))
+                settings.folders.push_back(newWatchedFolder(folder.path()));
+        }
         workspace.controller().update(std::move(settings));
     } catch (const std::runtime_error&) {
         // As promised. The next change is saved with them, or says why not.

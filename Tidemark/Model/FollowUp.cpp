@@ -10,7 +10,7 @@ static constexpr Seconds rest{1};
 
 void FollowUp::didSweep(std::optional<Date> comingOfAge, Date now)
 {
-    m_pause = Seconds{0};
+    cancel();
     m_due = comingOfAge;
     if (m_due)
         m_due = std::max(*m_due, now + rest);
@@ -18,13 +18,15 @@ void FollowUp::didSweep(std::optional<Date> comingOfAge, Date now)
 
 void FollowUp::didFail(Date now)
 {
-    m_pause = std::clamp(2 * m_pause, shortestPause, longestPause);
+    if (m_pause == Seconds{0} || m_wasTaken)
+        m_pause = std::clamp(2 * m_pause, shortestPause, longestPause);
+    m_wasTaken = false;
     m_due = now + m_pause;
 }
 
 void FollowUp::didPlan(std::optional<Date> due, Date earliest)
 {
-    m_pause = Seconds{0};
+    cancel();
     m_due = due;
     if (m_due)
         m_due = std::max(*m_due, earliest);
@@ -32,6 +34,7 @@ void FollowUp::didPlan(std::optional<Date> due, Date earliest)
 
 void FollowUp::cancel()
 {
+    m_wasTaken = false;
     m_pause = Seconds{0};
     m_due.reset();
 }
@@ -46,6 +49,7 @@ bool FollowUp::take(Date now)
     if (now < *m_due)
         return false;
     m_due.reset();
+    m_wasTaken = true;
     return true;
 }
 

@@ -17,7 +17,7 @@ public:
     /// A sweep went well; `comingOfAge` is when the first of the files is due that were too young for it.
     void didSweep(std::optional<Date> comingOfAge, Date now);
 
-    /// A sweep failed as a whole.
+    /// A sweep failed as a whole. The pause grows when that was another try, not when an event led to it.
     void didFail(Date now);
 
     /// It was found that a sweep is due at `due`. It is not to begin before `earliest`.
@@ -33,6 +33,7 @@ public:
 
 private:
     std::optional<Date> m_due;
+    bool m_wasTaken = false;  ///< What was due has begun and not ended yet.
     Seconds m_pause{0};  ///< How far the next try is from the last failure; 0 when all is well.
 };
 

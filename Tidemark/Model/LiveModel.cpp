@@ -21,11 +21,11 @@ FileURL madeSupportFolder(const LiveOptions& options)
         return *options.supportFolder;
     }
     try {
-        const FileURL folder = AppSupport::folder();
+        FileURL folder = AppSupport::folder();
         AppSupport::create(folder);
         return folder;
     } catch (const std::filesystem::filesystem_error&) {
-        const FileURL folder =
+        FileURL folder =
             TemporaryDirectory::folder().appending("Tidemark-fallback", FileURL::Kind::directory);
         AppSupport::create(folder);
         return folder;
@@ -70,8 +70,8 @@ LiveModel::LiveModel(const LiveOptions& options)
             .log = options.log,
             .time = m_time,
             .ownChanges = m_ownChanges},
-        AppModel::Options{
-            .initiative = m_isFirstStart ? AppModel::Initiative::onceOnboarded : options.initiative,
+        AppModel::Options{.initiative = options.initiative,
+            .looksAtLaunch = !m_isFirstStart,
             .watchBackend = options.watchBackend});
     m_remoteControl.emplace(*m_model, m_supportFolder);
 }

@@ -20,8 +20,7 @@ struct LiveOptions {
     std::optional<FileURL> supportFolder = {};
     FolderChooser& folderChooser;
     SystemLog& log;
-    AppModel::Initiative initiative =
-        AppModel::Initiative::onceOnboarded;  ///< Not for a first start.
+    AppModel::Initiative initiative = AppModel::Initiative::onceOnboarded;
     bool requiresReadableSettings =
         false;  ///< Else unreadable settings are replaced by the defaults.
     std::optional<WatchBackend> watchBackend = {};

@@ -33,7 +33,7 @@ MainQueue::MainQueue()
     , m_notifier(m_state->wakeUp.descriptor(), QSocketNotifier::Read)
 {
     QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier,
-        [state = m_state] { runPortion(state); });
+        [state = m_state] { runPortion(*std::shared_ptr{state}); });
 }
 
 MainQueue::~MainQueue()
@@ -50,13 +50,12 @@ void MainQueue::post(Work work)
     m_state->wakeUp.signal();
 }
 
-void MainQueue::runPortion(const std::shared_ptr<State>& state)
+/// The caller holds the state: the work may destroy the queue.
+void MainQueue::runPortion(State& state)
 {
     constexpr int portion = 64;
-    // The state lives on here even when the work destroys the queue.
-    const std::shared_ptr<State> alive = state;
     for (int count = 0; count < portion; ++count) {
-        const Work work = alive->take();
+        const Work work = state.take();
         if (!work)
             return;
         work();

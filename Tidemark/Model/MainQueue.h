@@ -28,7 +28,7 @@ public:
 private:
     struct State;
 
-    static void runPortion(const std::shared_ptr<State>& state);
+    static void runPortion(State& state);
 
     std::shared_ptr<State> m_state;
     QSocketNotifier m_notifier;

@@ -38,8 +38,7 @@ void requireNoSupportFolder(const std::string& path, const Workspace& workspace)
 void requireFolder(const std::string& path, FileManager& fileManager)
 {
     const FileURL url = FileURL::directory(path);
-    if (!isValidUTF8(path))
-        throw CommandFailure{"cannot watch " + path + ": its path is not valid UTF-8"};
+    requireTextPath(path);
     if (!fileManager.fileExists(url))
         throw CommandFailure{"cannot watch " + path + ": there is no such folder"};
     if (!fileManager.directoryExists(url))
@@ -125,6 +124,12 @@ FolderChanges removeFolders(Workspace& workspace, const std::vector<GivenPath>& 
     });
     changes.folders = workspace.controller().settings().folders;
     return changes;
+}
+
+void requireTextPath(const std::string& path)
+{
+    if (!isValidUTF8(path))
+        throw CommandFailure{"cannot watch " + path + ": its path is not valid UTF-8"};
 }
 
 bool isSupportFolder(const std::string& path, const Workspace& workspace)

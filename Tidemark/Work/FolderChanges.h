@@ -31,6 +31,9 @@ FolderChanges addFolders(Workspace& workspace, const std::vector<GivenPath>& pat
 /// A path counts as it is stored, and cleaned.
 FolderChanges removeFolders(Workspace& workspace, const std::vector<GivenPath>& paths);
 
+/// Throws CommandFailure when `path` is not valid UTF-8, which the settings cannot hold.
+void requireTextPath(const std::string& path);
+
 /// Whether Tidemark keeps its own files at `path`: sweeping them away would lose the settings.
 bool isSupportFolder(const std::string& path, const Workspace& workspace);
 

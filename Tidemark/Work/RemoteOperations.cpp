@@ -2,6 +2,7 @@
 
 #include "CommandFailure.h"
 #include "JSONCoders.h"
+#include "Text.h"
 
 namespace tidemark {
 
@@ -44,6 +45,8 @@ PauseChange RemoteOperations::setPaused(bool isPaused)
 
 FolderChanges RemoteOperations::addFolders(const std::vector<GivenPath>& paths)
 {
+    for (const GivenPath& path : paths)
+        requireTextPath(path.clean);
     SweepObserver nobody;
     return WorkAnswer::decoded<FolderChanges>(
         answerTo({.kind = WorkRequest::Kind::addFolders, .paths = paths}, nobody));
@@ -51,6 +54,10 @@ FolderChanges RemoteOperations::addFolders(const std::vector<GivenPath>& paths)
 
 FolderChanges RemoteOperations::removeFolders(const std::vector<GivenPath>& paths)
 {
+    for (const GivenPath& path : paths) {
+        if (!isValidUTF8(path.clean))
+            throw CommandFailure{path.clean + " is not watched"};
+    }
     SweepObserver nobody;
     return WorkAnswer::decoded<FolderChanges>(
         answerTo({.kind = WorkRequest::Kind::removeFolders, .paths = paths}, nobody));

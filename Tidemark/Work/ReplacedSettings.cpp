@@ -1,12 +1,14 @@
 #include "ReplacedSettings.h"
 
+#include "Text.h"
+
 namespace tidemark {
 
 void ReplacedSettings::encode(JSONEncoder& encoder) const
 {
     encoder.object([&] {
-        encoder.member("keptAs", keptAs);
-        encoder.member("problem", problem);
+        encoder.member("keptAs", withValidUTF8(keptAs));
+        encoder.member("problem", withValidUTF8(problem));
     });
 }
 

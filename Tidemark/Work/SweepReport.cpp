@@ -134,9 +134,11 @@ SweepReport performSweep(
         std::optional<SweepFailure> failure;
         if (auto summary = report.summaryOfFailures())
             failure = failureAt(now, std::move(*summary));
-        workspace.failures().save(failure);
+        // A sweep that did not come to its end does not tell that all is well again.
+        if (failure || !report.wasStopped)
+            workspace.failures().save(failure);
         return report;
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         workspace.failures().save(failureAt(now, withValidUTF8(failureText(error))));
         throw;
     }

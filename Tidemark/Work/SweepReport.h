@@ -25,8 +25,7 @@ struct SweepReport {
     bool wasPaused = false;  ///< Nothing was done then.
     bool watchesFolders = false;  ///< Else there was nothing to look through.
     bool wasStopped = false;  ///< Before every file was looked at.
-    bool couldSaveJournal =
-        true;  ///< Else files were left alone, for want of a note of their moves.
+    bool couldSaveJournal = true;  ///< Else files were left alone since no move could be noted.
     SweepRecord record;
     std::vector<Failure> failures = {};
 

@@ -93,7 +93,7 @@ UndoReport takeBackLastSweep(Workspace& workspace, Date now, UndoObserver& obser
     Collector collector{report, observer};
     try {
         report.record = workspace.controller().undoLast(now, &collector);
-    } catch (const std::runtime_error& error) {
+    } catch (const std::exception& error) {
         report.failure = withValidUTF8(failureText(error));
     }
     return report;

@@ -71,7 +71,8 @@ mode_t modeToKeep(const FileURL& url)
 /// A file that takes its name away with it unless it was put into place.
 class TemporaryFile {
 public:
-    TemporaryFile(const FileURL& target, OwnChanges ownChanges)
+    /// Failures name `url`, which leads to `target`: nobody knows the temporary name.
+    TemporaryFile(const FileURL& url, const FileURL& target, OwnChanges ownChanges)
         : m_ownChanges(ownChanges)
         , m_url(target.parent().appending(
               '.' + std::string{target.lastPathComponent()} + '.' + RandomName::digits() + ".tmp"))
@@ -82,7 +83,7 @@ public:
         }))
     {
         if (!m_file.isOpen())
-            fail(cannotWrite, m_url, errno);
+            fail(cannotWrite, url, errno);
     }
 
     ~TemporaryFile()
@@ -95,17 +96,16 @@ public:
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
     int descriptor() const { return m_file.get(); }
-    const FileURL& url() const { return m_url; }
 
-    void renameTo(const FileURL& target)
+    void renameTo(const FileURL& target, const FileURL& url)
     {
         // Now, under the name that is known to be changing. A network file system tells only here that the
         // disk is full.
         if (m_file.close() != 0 && errno != EINTR)
-            fail(cannotWrite, target, errno);
+            fail(cannotWrite, url, errno);
         const OwnChanges::Guard change = m_ownChanges.begin({m_url, target});
         if (::rename(m_url.path().c_str(), target.path().c_str()) != 0)
-            fail(cannotWrite, target, errno);
+            fail(cannotWrite, url, errno);
         m_isInPlace = true;
     }
 
@@ -130,7 +130,8 @@ void takeOff(std::span<iovec>& pieces, std::size_t written)
     }
 }
 
-void writePieces(const TemporaryFile& file, std::span<const std::string_view> pieces)
+void writePieces(
+    const TemporaryFile& file, const FileURL& url, std::span<const std::string_view> pieces)
 {
     std::vector<iovec> buffers;
     buffers.reserve(pieces.size());
@@ -144,7 +145,7 @@ void writePieces(const TemporaryFile& file, std::span<const std::string_view> pi
         const ssize_t written =
             uninterrupted([&] { return ::writev(file.descriptor(), rest.data(), count); });
         if (written < 0)
-            fail(cannotWrite, file.url(), errno);
+            fail(cannotWrite, url, errno);
         takeOff(rest, static_cast<std::size_t>(written));
     }
 }
@@ -156,13 +157,13 @@ void write(const FileURL& url, std::span<const std::string_view> pieces, OwnChan
     const FileURL target = followed(url);
     const mode_t mode = modeToKeep(target);
 
-    TemporaryFile file{target, ownChanges};
-    writePieces(file, pieces);
+    TemporaryFile file{url, target, ownChanges};
+    writePieces(file, url, pieces);
     if (mode != modeOfNewFiles && ::fchmod(file.descriptor(), mode) != 0)
         fail(cannotWrite, url, errno);
     if (uninterrupted([&] { return ::fdatasync(file.descriptor()); }) != 0)
         fail(cannotWrite, url, errno);
-    file.renameTo(target);
+    file.renameTo(target, url);
     // The rename itself is safe from a power cut only when the folder has reached the disk, too.
     Folders::flush(target.parent());
 }

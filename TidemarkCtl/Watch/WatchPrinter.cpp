@@ -42,7 +42,7 @@ FileRow rowFor(const WatchedFolderInfo& info, const PeopleText& people)
 
 std::string graceText(Seconds gracePeriod)
 {
-    const auto seconds = static_cast<std::size_t>(std::max(gracePeriod.count(), 0.0));
+    const auto seconds = static_cast<std::size_t>(std::clamp(gracePeriod.count(), 0.0, 1e15));
     return "Files are left alone until they have rested for " + PeopleText::count(seconds, "second")
         + ". Stop with Ctrl-C.";
 }
@@ -66,10 +66,8 @@ WatchPrinter::WatchPrinter(AppModel& model, std::function<void()> onReaderGone)
         [this](const UndoOutcome& outcome) { printUndo(outcome); });
     QObject::connect(
         &model, &AppModel::settingsChanged, &m_context, [this] { printStatusChange(); });
-    QObject::connect(&model, &AppModel::watchLimitReached, &m_context, [this] {
-        printEvent(m_model.now(), "Warning",
-            "there are more folders than may be watched; changes in some are not noticed",
-            Emphasis::bad);
+    QObject::connect(&model, &AppModel::warned, &m_context, [this](const std::string& line) {
+        printEvent(m_model.now(), "Warning", displayText(line), Emphasis::bad);
     });
 }
 
@@ -80,6 +78,9 @@ void WatchPrinter::printStart(bool isFirstStart)
                             "See them with: tidemarkctl folders");
     m_printer.printLine(m_statusText, Emphasis::strong);
     printFolders();
+    if (m_model.watchProblem())
+        m_printer.printLine(
+            "Changes are not noticed now: " + displayText(*m_model.watchProblem()), Emphasis::bad);
     if (m_model.settings().isPaused)
         m_printer.printLine(hints::resume);
     m_printer.printLine(m_folders.empty() ? std::string{hints::addFolder}

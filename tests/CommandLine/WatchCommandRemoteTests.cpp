@@ -266,12 +266,16 @@ TEST_F(WatchCommandRemote, AClientIsAnsweredBeforeItEnds)
     process.readStart();
     ProgramStart how = start({"sweep", "--json", "--now", inAMonth});
     how.outputFile = home().path("answer");
+    how.errorFile = home().path("answer-errors");
+    home().write("answer-errors", "");
     ProgramProcess client{how};
     process.readUntil("004.pdf -> ");
 
     EXPECT_EQ(process.end(), 0);
 
-    EXPECT_EQ(client.wait(), 0);
+    EXPECT_EQ(client.wait(), 1);
+    EXPECT_EQ(home().read("answer-errors"),
+        "tidemarkctl: the sweep was stopped before it was done\n");
     const qsizetype told = parsed(home().read("answer")).object()["entries"].toArray().size();
     EXPECT_EQ(static_cast<std::size_t>(told), home().names("Filed").size());
     EXPECT_LT(told, 300) << "the sweep was over before it could be ended";

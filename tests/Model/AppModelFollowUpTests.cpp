@@ -230,6 +230,19 @@ TEST_F(AppModelFollowUp, NothingIsPlannedAtLaunchBeforeTheUserHasAgreedOrWhilePa
     }
 }
 
+TEST_F(AppModelFollowUp, AFirstStartLooksForNothingAtOnceButAfterwards)
+{
+    m_looksAtLaunch = false;
+    writeSettings(withGracePeriod({filingPapers()}));
+    addFile("in/one.pdf", Seconds{100});
+    start(AppModel::Initiative::always);
+    EXPECT_EQ(untilAlarm(), std::nullopt);
+    model().togglePause();
+    model().togglePause();
+    finishWork();
+    EXPECT_EQ(untilAlarm(), Seconds{0});
+}
+
 TEST_F(AppModelFollowUp, EditedSettingsRestAMinuteBeforeFilesAreSweptByThem)
 {
     const Rule rule = filingOldPapers(30);

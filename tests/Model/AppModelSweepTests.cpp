@@ -1,6 +1,8 @@
 #include "ModelFixture.h"
 
-#include "Gate.h"
+#include "JournalStore.h"
+
+#include <thread>
 
 namespace tidemark {
 
@@ -197,56 +199,66 @@ TEST_F(AppModelSweep, SweepsAndUndoRunInTheOrderInWhichTheyWereAskedFor)
     EXPECT_FALSE(model().canUndo());
 }
 
-namespace {
-
-/// Stops the thread that moves a file until the test lets it go on.
-class HeldFileManager final : public FaultInjectingFileManager {
-public:
-    using FaultInjectingFileManager::FaultInjectingFileManager;
-
-    void moveItem(const FileURL& from, const FileURL& to) override
-    {
-        gate.pass();
-        FaultInjectingFileManager::moveItem(from, to);
-    }
-
-    Gate gate;
-};
-
-}  // namespace
-
 TEST_F(AppModelSweep, StoppingFinishesTheFileThatIsBeingMovedAndNoOther)
 {
-    HeldFileManager files{m_realFiles};
     writeSettings(watching({"in"}, {filingPapers()}));
     addFile("in/one.pdf");
     addFile("in/two.pdf");
-    Workspace workspace{m_home.url("support"), files, m_clock};
-    m_model = std::make_unique<AppModel>(workspace,
-        AppModel::Services{.folderChooser = m_chooser,
-            .alarm = m_alarm,
-            .log = m_log,
-            .time = m_time,
-            .ownChanges = m_ownChanges},
-        AppModel::Options{});
-    finishWork();
+    start();
     std::vector<std::string> told;
     QObject::connect(m_model.get(), &AppModel::performed, m_model.get(),
         [&](const JournalEntry& entry) { told.push_back(entry.from); });
 
-    files.gate.close();
+    m_files.gate.close();
     model().sweepNow();
     model().sweepNow();
-    files.gate.waitUntilSomebodyWaits();
+    m_files.gate.waitUntilSomebodyWaits();
     bool hasStopped = false;
     model().stop([&] { hasStopped = true; });
-    files.gate.open();
+    m_files.gate.open();
     EXPECT_TRUE(runUntil([&] { return hasStopped; }));
 
     EXPECT_THAT(filed(), ElementsAre("one.pdf"));
     EXPECT_THAT(m_home.names("in"), ElementsAre("two.pdf"));
     EXPECT_THAT(told, ElementsAre(m_home.path("in/one.pdf")));
+}
+
+TEST_F(AppModelSweep, TheModelMayGoWhileAFileIsBeingMoved)
+{
+    writeSettings(watching({"in"}, {filingPapers()}));
+    addFile("in/one.pdf");
+    addFile("in/two.pdf");
+    start();
+    m_files.gate.close();
+    model().sweepNow();
+    m_files.gate.waitUntilSomebodyWaits();
+    std::thread opener{[&] { m_files.gate.open(); }};
     m_model.reset();
+    opener.join();
+
+    EXPECT_TRUE(m_home.holds("Filed/one.pdf"));
+    const Journal journal = JournalStore{m_workspace->journalURL(), m_realFiles}.load();
+    ASSERT_EQ(journal.sweeps.size(), 1U);
+    EXPECT_EQ(journal.sweeps.front().entries.size(), filed().size());
+}
+
+TEST_F(AppModelSweep, ASweepAskedForAfterAnUndoFindsSweepingPaused)
+{
+    writeSettings(watching({"in"}, {filingPapers()}));
+    addFile("in/one.pdf");
+    start();
+    model().sweepNow();
+    finishWork();
+    addFile("in/new.pdf");
+
+    std::optional<UndoOutcome> undone;
+    std::optional<SweepOutcome> swept;
+    model().undo({}, [&](const UndoOutcome& outcome) { undone = outcome; });
+    model().sweep({.done = [&](const SweepOutcome& outcome) { swept = outcome; }});
+    EXPECT_TRUE(runUntil([&] { return undone && swept; }));
+
+    EXPECT_TRUE(swept->report && swept->report->wasPaused);
+    EXPECT_THAT(m_home.names("in"), ElementsAre("new.pdf", "one.pdf"));
 }
 
 }  // namespace tidemark

@@ -123,16 +123,31 @@ TEST_P(AppModelWatch, TheWatcherGoesOnWhilePausedAndNothingIsSwept)
     EXPECT_THAT(filed(), IsEmpty());
 }
 
-TEST_P(AppModelWatch, EventsDuringASweepThatHasNotBegunNeedNoOther)
+TEST_P(AppModelWatch, EventsBeforeAQueuedSweepHasBegunNeedNoOther)
 {
     startWatching(watching({"in"}, {filingPapers()}));
     elsewhere("echo x > in/one.pdf");
-    letQuietTimePass();
-    elsewhere("echo x > in/two.pdf");
-    letQuietTimePass();
-    // Neither has begun: the main thread has not heard of them yet.
-    EXPECT_LE(sweeps(), 2);
-    EXPECT_THAT(filed(), ElementsAre("one.pdf", "two.pdf"));
+    m_files.gate.close();
+    model().sweepNow();
+    m_files.gate.waitUntilSomebodyWaits();
+    for (const char* name : {"two", "three", "four"}) {
+        elsewhere("echo x > in/" + std::string{name} + ".pdf");
+        letQuietTimePass();
+        runPending();
+    }
+    m_files.gate.open();
+
+    EXPECT_EQ(sweeps(), 2);
+    EXPECT_EQ(filed().size(), 4U);
+}
+
+TEST_P(AppModelWatch, APathThatIsNotAbsoluteIsNotWatched)
+{
+    Settings settings;
+    settings.folders = {{.path = ""}, {.path = "relative"}};
+    writeSettings(settings);
+    start();
+    EXPECT_EQ(model().watcher(), nullptr);
 }
 
 INSTANTIATE_TEST_SUITE_P(Backends, AppModelWatch,

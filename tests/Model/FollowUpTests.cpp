@@ -67,6 +67,15 @@ TEST(FollowUp, PausesGrowWithEveryFailureUpToAnHour)
     EXPECT_EQ(followUp.due(), now + Seconds{60});
 }
 
+TEST(FollowUp, FailuresThatEventsLedToDoNotMakeThePausesGrow)
+{
+    FollowUp followUp;
+    for (int event = 0; event < 7; ++event) {
+        followUp.didFail(after(event));
+        EXPECT_EQ(followUp.due(), after(event + 60));
+    }
+}
+
 TEST(FollowUp, AClockThatIsSetBackDoesNotPutOffAnotherTry)
 {
     FollowUp followUp;
@@ -99,7 +108,8 @@ TEST(FollowUp, CancellingForgetsFailuresToo)
 {
     FollowUp followUp;
     followUp.didFail(start);
-    followUp.didFail(start);
+    EXPECT_TRUE(followUp.take(after(60)));
+    followUp.didFail(after(60));
     followUp.cancel();
     EXPECT_EQ(followUp.due(), std::nullopt);
     followUp.didFail(start);

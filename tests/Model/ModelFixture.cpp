@@ -109,7 +109,8 @@ AppModel& ModelTest::start(AppModel::Initiative initiative)
             .log = m_log,
             .time = m_time,
             .ownChanges = m_ownChanges},
-        AppModel::Options{.initiative = initiative, .watchBackend = m_backend});
+        AppModel::Options{
+            .initiative = initiative, .looksAtLaunch = m_looksAtLaunch, .watchBackend = m_backend});
     QObject::connect(m_model.get(), &AppModel::swept, m_model.get(), [this] { ++m_sweeps; });
     finishWork();
     m_sweeps = 0;

@@ -3,6 +3,7 @@
 #include "AppModel.h"
 #include "EventLoop.h"
 #include "FaultInjectingFileManager.h"
+#include "Gate.h"
 #include "LinuxFileManager.h"
 #include "ManualAlarm.h"
 #include "ManualClock.h"
@@ -35,6 +36,20 @@ public:
     void warn(const std::string& line) override { lines.push_back(line); }
 
     std::vector<std::string> lines;
+};
+
+/// Can hold the thread that moves a file until the test lets it go on.
+class GatedFileManager final : public FaultInjectingFileManager {
+public:
+    using FaultInjectingFileManager::FaultInjectingFileManager;
+
+    void moveItem(const FileURL& from, const FileURL& to) override
+    {
+        gate.pass();
+        FaultInjectingFileManager::moveItem(from, to);
+    }
+
+    Gate gate;
 };
 
 /// A model on real files in a home folder of its own, with a clock, an alarm and quiet times that the test
@@ -78,10 +93,11 @@ protected:
     ManualAlarm m_alarm;
     OwnChangeLog m_ownChanges;
     LinuxFileManager m_realFiles{&m_ownChanges};
-    FaultInjectingFileManager m_files{m_realFiles};
+    GatedFileManager m_files{m_realFiles};
     ScriptedFolderChooser m_chooser;
     RememberingLog m_log;
     std::optional<WatchBackend> m_backend;
+    bool m_looksAtLaunch = true;
     std::unique_ptr<Workspace> m_workspace;
     std::unique_ptr<AppModel> m_model;
 

@@ -86,6 +86,24 @@ TEST(AtomicWrite, AFailureLeavesTheOldContentAndNothingElse)
     EXPECT_THAT(folder.names("in"), ElementsAre("file"));
 }
 
+TEST(AtomicWrite, AFailureNamesTheFileThatWasToBeWritten)
+{
+    const TemporaryFolder folder;
+    const ScopedOrdinaryUser user{folder};
+    folder.write("in/file", "old");
+    folder.makeLink("link", "in/file");
+    std::filesystem::permissions(folder.path("in"), std::filesystem::perms{0555});
+    for (const char* name : {"in/file", "in/new", "link"}) {
+        SCOPED_TRACE(name);
+        try {
+            write(folder.url(name), "new");
+            FAIL();
+        } catch (const std::filesystem::filesystem_error& error) {
+            EXPECT_EQ(error.path1(), folder.path(name));
+        }
+    }
+}
+
 TEST(AtomicWrite, AFullDiskLeavesTheOldContentAndNothingElse)
 {
     const TemporaryFolder folder;
