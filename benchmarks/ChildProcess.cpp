@@ -1,9 +1,8 @@
 #include "ChildProcess.h"
 
-#include "FileDescriptor.h"
+#include "Pipe.h"
 #include "SystemCall.h"
 
-#include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,19 +16,6 @@
 namespace tidemark::bench::ChildProcess {
 
 namespace {
-
-struct Pipe {
-    FileDescriptor readEnd;
-    FileDescriptor writeEnd;
-
-    static Pipe make()
-    {
-        std::array<int, 2> ends{};
-        if (::pipe2(ends.data(), O_CLOEXEC) != 0)
-            throw std::system_error(systemError(errno), "pipe2");
-        return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
-    }
-};
 
 /// Starts a program whose standard output goes to `output`.
 pid_t start(std::vector<std::string> arguments, int output)

@@ -25,10 +25,10 @@ FileURL defaultFolder()
     return urlOf(std::filesystem::temp_directory_path());
 }
 
-/// The value of "--folder=VALUE" or "--folder VALUE" at `index`, which moves on to the value.
-std::optional<std::string> folderAt(int& index, int count, char** arguments)
+/// The value of "OPTION=VALUE" or "OPTION VALUE" at `index`, which moves on to the value.
+std::optional<std::string> valueAt(
+    int& index, int count, char** arguments, const std::string& option)
 {
-    constexpr std::string_view option = "--folder";
     const std::string_view argument = arguments[index];
     if (!argument.starts_with(option))
         return std::nullopt;
@@ -38,8 +38,22 @@ std::optional<std::string> folderAt(int& index, int count, char** arguments)
     if (!rest.empty())
         return std::nullopt;
     if (index + 1 == count)
-        throw std::invalid_argument("--folder needs a folder");
+        throw std::invalid_argument(option + " needs a value");
     return arguments[++index];
+}
+
+Seconds secondsOf(const std::string& text)
+{
+    std::size_t end = 0;
+    double value = 0;
+    try {
+        value = std::stod(text, &end);
+    } catch (const std::exception&) {
+        end = 0;
+    }
+    if (end == 0 || end != text.size() || !(value > 0) || value > 3'600)
+        throw std::invalid_argument("not a number of seconds from 0 to 3600: " + text);
+    return Seconds(value);
 }
 
 }  // namespace
@@ -51,8 +65,10 @@ Options Options::parse(int count, char** arguments)
     options.others = {arguments[0], "--benchmark_repetitions=5", "--benchmark_min_time=0.1"};
     std::optional<std::string> folder;
     for (int index = 1; index < count; ++index) {
-        if (auto value = folderAt(index, count, arguments))
+        if (auto value = valueAt(index, count, arguments, "--folder"))
             folder = std::move(value);
+        else if (auto rest = valueAt(index, count, arguments, "--rest"))
+            options.rest = secondsOf(*rest);
         else
             options.others.emplace_back(arguments[index]);
     }
@@ -62,16 +78,19 @@ Options Options::parse(int count, char** arguments)
 
 void Options::printHelp()
 {
-    std::puts("usage: tidemark-bench [--folder DIR] [OPTION OF GOOGLE BENCHMARK]...\n"
-              "\n"
-              "Measures Tidemark beside yardsticks and prints the ratios.\n"
-              "\n"
-              "  --folder DIR   where the disk work is done, beside a tmpfs; by default in ./build "
-              "or, where\n"
-              "                 that is missing, in $TMPDIR or /tmp\n"
-              "\n"
-              "Five repetitions, unless --benchmark_repetitions says otherwise. Google Benchmark's "
-              "own:\n");
+    std::puts(
+        "usage: tidemark-bench [--folder DIR] [--rest SECONDS] [OPTION OF GOOGLE BENCHMARK]...\n"
+        "\n"
+        "Measures Tidemark beside yardsticks and prints the ratios.\n"
+        "\n"
+        "  --folder DIR   where the disk work is done, beside a tmpfs; by default in ./build "
+        "or, where\n"
+        "                 that is missing, in $TMPDIR or /tmp\n"
+        "  --rest SECONDS for how long programs that have nothing to do are watched, by default "
+        "10\n"
+        "\n"
+        "Five repetitions, unless --benchmark_repetitions says otherwise. Google Benchmark's "
+        "own:\n");
     benchmark::PrintDefaultHelp();
 }
 

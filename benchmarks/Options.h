@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Date.h"
 #include "FileURL.h"
 
 #include <string>
@@ -10,10 +11,11 @@ namespace tidemark::bench {
 /// The command line of tidemark-bench.
 struct Options {
     FileURL folder;  ///< Where the disk work is done.
+    Seconds rest{10};  ///< For how long programs that have nothing to do are watched.
     std::vector<std::string>
         others;  ///< For Google Benchmark, its defaults first; with the program's name.
 
-    /// Throws std::invalid_argument when `--folder` has no value, filesystem_error when there is no such
+    /// Throws std::invalid_argument when an option has no value or a wrong one, filesystem_error when there is no such
     /// folder.
     static Options parse(int count, char** arguments);
 

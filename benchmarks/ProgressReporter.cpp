@@ -61,7 +61,7 @@ void ProgressReporter::ReportRuns(const std::vector<Run>& runs)
         return;
     const std::string name = repetitions.front().run_name.function_name;
     std::cerr << "measured " << name << ", " << repetitions.size() << " times\n";
-    if (!m_suite.isComparison(name))
+    if (!m_suite.holds(name))
         m_absoluteResults.push_back(resultOf(std::move(repetitions)));
 }
 

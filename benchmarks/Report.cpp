@@ -36,6 +36,11 @@ std::string milliseconds(Seconds time)
     return decimal(value, value < 10 ? 3 : 1);
 }
 
+std::string microseconds(Seconds time)
+{
+    return decimal(time.count() * 1e6, 1);
+}
+
 std::string mebibytes(std::size_t bytes)
 {
     return decimal(static_cast<double>(bytes) / (1 << 20), 1);
@@ -136,6 +141,100 @@ Table memory(const Suite& suite)
     return table;
 }
 
+Table responsiveness(const Suite& suite)
+{
+    Table table({{"main thread held by"}, {"journal", Align::right}, {"on"}, {"by each"},
+        {"values", Align::right}, {"median ms", Align::right}, {"p99", Align::right},
+        {"longest", Align::right}, {"empty loop us", Align::right}, {"longest", Align::right},
+        {"bar of p99", Align::right}, {""}});
+    for (const auto& each : suite.responsiveness()) {
+        if (!each->isMeasured())
+            continue;
+        const Responsiveness::Subject& subject = each->subject();
+        const Responsiveness::Spread ours = each->ours();
+        const Responsiveness::Spread empty = each->emptyLoop();
+        table.addRow({subject.work, grouped(subject.size), subject.place, subject.each,
+            grouped(ours.count), milliseconds(ours.median), milliseconds(ours.percentile99),
+            milliseconds(ours.longest), microseconds(empty.percentile99),
+            microseconds(empty.longest), decimal(Responsiveness::bar.count() * 1e3, 1),
+            ours.percentile99 <= Responsiveness::bar ? "ok" : "over"});
+    }
+    return table;
+}
+
+std::string seconds(Seconds time)
+{
+    return decimal(time.count(), 1);
+}
+
+/// How many times as much memory ours takes.
+double times(std::size_t ours, std::size_t theirs)
+{
+    return static_cast<double>(ours) / static_cast<double>(theirs);
+}
+
+std::vector<std::string> idleCells(const Idleness& idleness)
+{
+    return {seconds(idleness.rest), grouped(idleness.wakeUps), mebibytes(idleness.memory.resident),
+        mebibytes(idleness.memory.unshared)};
+}
+
+void addIdleRow(const IdleCase& idle, Table& table)
+{
+    const IdleCase::Subject& subject = idle.subject();
+    const ProcessMemory& ours = idle.ours().memory;
+    const ProcessMemory& empty = idle.emptyProgram().memory;
+    const double unshared = times(ours.unshared, empty.unshared);
+    std::vector<std::string> cells{subject.work, grouped(subject.size), subject.place};
+    for (std::string& cell : idleCells(idle.ours()))
+        cells.push_back(std::move(cell));
+    cells.push_back(decimal(unshared, 2));
+    cells.push_back(mebibytes(ours.anonymous));
+    cells.push_back(decimal(times(ours.anonymous, empty.anonymous), 2));
+    cells.push_back(idle.ours().preparation ? milliseconds(*idle.ours().preparation) : "-");
+    if (subject.hasBars) {
+        const bool isMet = idle.ours().wakeUps == 0 && ours.resident <= IdleCase::residentBar
+            && unshared <= IdleCase::unsharedBar;
+        cells.emplace_back(isMet ? "ok" : "over");
+    }
+    table.addRow(std::move(cells));
+}
+
+void addEmptyProgram(const Idleness& empty, const std::string& place, Table& table)
+{
+    std::vector<std::string> cells{"empty Qt program", "-", place};
+    for (std::string& cell : idleCells(empty))
+        cells.push_back(std::move(cell));
+    cells.insert(cells.end(), {"", mebibytes(empty.memory.anonymous)});
+    table.addRow(std::move(cells));
+}
+
+void addIdleBars(Table& table)
+{
+    table.addRow({"bar", "", "", "", "0", mebibytes(IdleCase::residentBar), "",
+        decimal(IdleCase::unsharedBar, 2)});
+}
+
+Table idleness(const Suite& suite)
+{
+    Table table({{"at rest"}, {"size", Align::right}, {"on"}, {"seconds", Align::right},
+        {"wake-ups", Align::right}, {"RSS MiB", Align::right}, {"private", Align::right},
+        {"times empty", Align::right}, {"anonymous", Align::right}, {"times empty", Align::right},
+        {"ready ms", Align::right}, {""}});
+    const IdleCase* last = nullptr;
+    for (const auto& idle : suite.idleCases()) {
+        if (!idle->isMeasured())
+            continue;
+        addIdleRow(*idle, table);
+        last = idle.get();
+    }
+    if (last != nullptr) {
+        addEmptyProgram(last->emptyProgram(), suite.idleCases().front()->subject().place, table);
+        addIdleBars(table);
+    }
+    return table;
+}
+
 Table absolutes(const std::vector<AbsoluteResult>& results)
 {
     Table table({{"without a yardstick"}, {"microseconds", Align::right}, {"MB/s", Align::right}});
@@ -166,6 +265,8 @@ void print(
            << " in the end (the benchmarks make about 1 themselves).\n";
     print(ratios(suite), output);
     print(memory(suite), output);
+    print(responsiveness(suite), output);
+    print(idleness(suite), output);
     print(absolutes(absoluteResults), output);
 }
 

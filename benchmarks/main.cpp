@@ -46,7 +46,7 @@ std::vector<Place> placesFor(const FileURL& folder)
     return places;
 }
 
-void addCases(const std::vector<Place>& places, Suite& suite)
+void addCases(const std::vector<Place>& places, const Options& options, Suite& suite)
 {
     for (const Place& place : places)
         addPreviewCases(place, suite);
@@ -54,6 +54,8 @@ void addCases(const std::vector<Place>& places, Suite& suite)
         addSweepCases(place, suite);
     for (const Place& place : places)
         addJournalCases(place, suite);
+    addModelCases(places, suite);
+    addIdleCases(places, options.rest, suite);
     // These read a file that is in memory on any disk.
     addActivityCases(places.front(), suite);
     addCodingCases();
@@ -81,7 +83,7 @@ int run(int count, char** arguments)
     const std::vector<Place> places = placesFor(options.folder);
     redirectHome(places.front().folder->url().appending("home", FileURL::Kind::directory));
     Suite suite;
-    addCases(places, suite);
+    addCases(places, options, suite);
 
     ProgressReporter reporter(suite);
     benchmark::RunSpecifiedBenchmarks(&reporter);

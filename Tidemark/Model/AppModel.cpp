@@ -46,6 +46,13 @@ bool canBeListed(const std::string& path, FileManager& fileManager)
     }
 }
 
+/// Left to itself, glibc keeps what a thread has freed for that thread's next use: megabytes after a long
+/// journal or a full folder, for as long as nothing is to be done.
+void giveBackFreedMemory()
+{
+    ::malloc_trim(0);
+}
+
 bool isWatched(const std::string& path, const Settings& settings)
 {
     return std::ranges::any_of(
@@ -119,8 +126,8 @@ void AppModel::submit(std::function<void()> work)
         if (m_isStopping)
             return;
         work();
-        // A large journal was decoded perhaps; the allocator would keep its memory for months.
-        ::malloc_trim(0);
+        // Posted after the work's result, so that the main thread has let go of that as well by then.
+        post([this] { m_work.async(giveBackFreedMemory); });
     });
 }
 
