@@ -1,5 +1,7 @@
 #include "GuiApplication.h"
 
+#include "TemporaryFolder.h"
+
 #include <QGuiApplication>
 #include <QIcon>
 
@@ -14,6 +16,8 @@ QGuiApplication& application()
 {
     // Not left to whoever starts the tests: they must never open a window on a person's desktop.
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    static const TemporaryFolder runtime;
+    qputenv("XDG_RUNTIME_DIR", QByteArray::fromStdString(runtime.path()));
     static int count = 1;
     static std::array<char, 6> name{"tests"};
     static std::array<char*, 2> arguments{name.data(), nullptr};
