@@ -15,15 +15,15 @@ const QString paused = QStringLiteral("io.tidemark.Tidemark-paused-symbolic");
 /// An icon theme with the tray's icons, as an installation leaves it.
 void installIconTheme(const QString& folder)
 {
-    const QString status = folder + "/hicolor/symbolic/status";
-    ASSERT_TRUE(QDir{}.mkpath(status));
+    const QString apps = folder + "/hicolor/symbolic/apps";
+    ASSERT_TRUE(QDir{}.mkpath(apps));
     QFile index{folder + "/hicolor/index.theme"};
     ASSERT_TRUE(index.open(QFile::WriteOnly));
-    index.write("[Icon Theme]\nName=hicolor\nDirectories=symbolic/status\n"
-                "[symbolic/status]\nSize=16\nMinSize=8\nMaxSize=512\nType=Scalable\n");
+    index.write("[Icon Theme]\nName=hicolor\nDirectories=symbolic/apps\n"
+                "[symbolic/apps]\nSize=16\nMinSize=8\nMaxSize=512\nType=Scalable\n");
     const QString symbols = QStringLiteral(":/tidemark/symbols/");
-    ASSERT_TRUE(QFile::copy(symbols + "sparkles.svg", status + '/' + unpaused + ".svg"));
-    ASSERT_TRUE(QFile::copy(symbols + "pause.circle.svg", status + '/' + paused + ".svg"));
+    ASSERT_TRUE(QFile::copy(symbols + "sparkles.svg", apps + '/' + unpaused + ".svg"));
+    ASSERT_TRUE(QFile::copy(symbols + "pause.circle.svg", apps + '/' + paused + ".svg"));
     QIcon::setThemeSearchPaths({folder});
 }
 
