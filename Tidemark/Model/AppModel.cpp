@@ -584,6 +584,35 @@ void AppModel::finishUndo(const UndoOutcome& outcome, Id id)
         request.mapped()(outcome);
 }
 
+// Updates
+
+void AppModel::installUpdate()
+{
+    if (m_services.updates && m_availableUpdate && !m_isUpdating)
+        m_services.updates->install(*m_availableUpdate);
+}
+
+void AppModel::checkForUpdatesManually()
+{
+    if (m_services.updates && !m_isUpdating && !m_isCheckingForUpdate)
+        m_services.updates->check();
+}
+
+void AppModel::setAvailableUpdate(std::optional<UpdateInfo> update)
+{
+    assign(m_availableUpdate, std::move(update), &AppModel::availableUpdateChanged);
+}
+
+void AppModel::setUpdating(bool isUpdating)
+{
+    assign(m_isUpdating, isUpdating, &AppModel::isUpdatingChanged);
+}
+
+void AppModel::setCheckingForUpdate(bool isChecking)
+{
+    assign(m_isCheckingForUpdate, isChecking, &AppModel::isCheckingForUpdateChanged);
+}
+
 // Sweeping without being asked by an event
 
 bool AppModel::showsInitiative() const

@@ -10,6 +10,8 @@
 #include "SweepOutcome.h"
 #include "SystemLog.h"
 #include "UndoOutcome.h"
+#include "UpdateInfo.h"
+#include "UpdateService.h"
 #include "WatchedFolderInfo.h"
 #include "WorkFollower.h"
 #include "Workspace.h"
@@ -47,6 +49,8 @@ public:
         SystemLog& log;
         TimeSource& time;  ///< Of quiet times.
         OwnChangeLog& ownChanges;  ///< Told by the workspace's file manager.
+        UpdateService* updates =
+            nullptr;  ///< Null where the application is updated by other means.
     };
 
     /// When to look, without being asked by an event, for files that are due.
@@ -91,6 +95,12 @@ public:
     std::string statusText() const;
     static std::string version();
 
+    /// The newer version that a check has found.
+    const std::optional<UpdateInfo>& availableUpdate() const { return m_availableUpdate; }
+    bool isUpdating() const { return m_isUpdating; }  ///< While a newer version is being installed.
+    bool isCheckingForUpdate() const { return m_isCheckingForUpdate; }
+    bool canCheckForUpdates() const { return m_services.updates != nullptr; }
+
     SweepController& controller() { return m_workspace.controller(); }
 
     Date now() const { return m_workspace.now(); }
@@ -113,6 +123,15 @@ public:
     void setMarkdownSubfolder(const std::string& name);
     void setGracePeriodSeconds(int seconds);  ///< At least 0.
     void finishOnboarding();
+
+    // Updates. Nothing happens without a service, or while one is at work already.
+    void installUpdate();
+    void checkForUpdatesManually();
+
+    // What the service has found out, and what it is at.
+    void setAvailableUpdate(std::optional<UpdateInfo> update);
+    void setUpdating(bool isUpdating);
+    void setCheckingForUpdate(bool isChecking);
 
     /// Brings everything that is shown up to date with settings, journal and folders. A journal that has
     /// changed is read on `work`, since it may be large; what it says shows a moment later.
@@ -152,6 +171,9 @@ Q_SIGNALS:
     void canUndoChanged();
     void didErrorChanged();
     void watcherChanged();
+    void availableUpdateChanged();
+    void isUpdatingChanged();
+    void isCheckingForUpdateChanged();
 
     /// What happens, as it happens.
     void performed(const tidemark::JournalEntry& entry);
@@ -213,6 +235,9 @@ private:
     std::vector<ActivityItem> m_activity;
     bool m_canUndo = false;
     bool m_didError = false;
+    std::optional<UpdateInfo> m_availableUpdate;
+    bool m_isUpdating = false;
+    bool m_isCheckingForUpdate = false;
 
     FollowUp m_followUp;
     std::optional<Settings> m_queuedSweep;  ///< The settings of the last sweep, until it begins.

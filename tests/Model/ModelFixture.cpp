@@ -19,14 +19,15 @@ namespace {
 
 const Date present{Seconds{1'800'000'000}};
 
-/// The one application of the test program, which event loops need.
-QCoreApplication& application()
+/// Sees to it that the test program has an application, which event loops need.
+void requireApplication()
 {
+    if (QCoreApplication::instance())
+        return;
     static int count = 1;
     static std::array<char, 6> name{"tests"};
     static std::array<char*, 2> arguments{name.data(), nullptr};
-    static QCoreApplication theApplication{count, arguments.data()};
-    return theApplication;
+    static const QCoreApplication application{count, arguments.data()};
 }
 
 timespec timeOf(Date date)
@@ -60,7 +61,7 @@ void runPending()
 ModelTest::ModelTest()
     : m_clock(present)
 {
-    application();
+    requireApplication();
 }
 
 void ModelTest::writeSettings(const Settings& settings) const

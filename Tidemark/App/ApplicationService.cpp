@@ -1,0 +1,53 @@
+#include "ApplicationService.h"
+
+#include <QDBusConnection>
+
+namespace tidemark {
+
+/// The window that is activated next spends it.
+static void keepActivationToken(const QVariantMap& platformData)
+{
+    const QByteArray token =
+        platformData.value(QStringLiteral("activation-token")).toString().toUtf8();
+    if (!token.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", token);
+}
+
+ApplicationService::ApplicationService(Commands commands)
+    : m_commands(std::move(commands))
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return;
+    bus.registerObject(path(), this, QDBusConnection::ExportAllSlots);
+    bus.registerService(name());
+}
+
+ApplicationService::~ApplicationService()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return;
+    bus.unregisterService(name());
+    bus.unregisterObject(path());
+}
+
+void ApplicationService::Activate(const QVariantMap& platformData)
+{
+    keepActivationToken(platformData);
+    m_commands.bringForward();
+}
+
+void ApplicationService::Open(const QStringList& /*uris*/, const QVariantMap& platformData)
+{
+    Activate(platformData);
+}
+
+void ApplicationService::ActivateAction(
+    const QString& action, const QVariantList& /*parameters*/, const QVariantMap& /*platformData*/)
+{
+    if (const auto known = actionNamed(action.toStdString()))
+        m_commands.perform(*known);
+}
+
+}  // namespace tidemark

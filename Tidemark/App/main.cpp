@@ -1,0 +1,166 @@
+#include "AlreadyRunning.h"
+#include "AppSupport.h"
+#include "ApplicationService.h"
+#include "Clock.h"
+#include "EndSignals.h"
+#include "FailureText.h"
+#include "FolderPanel.h"
+#include "HandOver.h"
+#include "LaunchOptions.h"
+#include "LinuxFileManager.h"
+#include "LiveModel.h"
+#include "SettingsStore.h"
+#include "Symbols.h"
+#include "Syslog.h"
+#include "TidemarkApp.h"
+
+#include <QApplication>
+#include <QMessageBox>
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tidemark {
+
+namespace {
+
+enum ExitStatus { exitDone = 0, exitFailed = 1, exitWrongUsage = 2 };
+
+int fail(const std::string& reason, ExitStatus status)
+{
+    std::fprintf(stderr, "tidemark: %s\n", reason.c_str());
+    return status;
+}
+
+bool hasDisplay()
+{
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY")
+        || qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+/// Qt gives up by abort(), as when a display refuses the connection; that would look like a crash.
+void endInsteadOfAborting(QtMsgType type, const QMessageLogContext& context, const QString& text)
+{
+    std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, text)));
+    if (type == QtFatalMsg)
+        ::_exit(exitFailed);
+}
+
+/// Keeps the signals that end the process from other threads, which the toolkit starts before they can be
+/// waited for.
+sigset_t holdEndSignals()
+{
+    sigset_t signals;
+    sigset_t before;
+    ::sigemptyset(&signals);
+    for (const int each : {SIGINT, SIGTERM, SIGHUP})
+        ::sigaddset(&signals, each);
+    ::pthread_sigmask(SIG_BLOCK, &signals, &before);
+    return before;
+}
+
+/// Whoever starts it by a click sees no terminal.
+int tellFailure(const std::string& reason, const LaunchOptions& options)
+{
+    if (options.isAwaited())
+        QMessageBox::warning(nullptr, QStringLiteral("Tidemark"), QString::fromStdString(reason));
+    return fail(reason, exitFailed);
+}
+
+void describe()
+{
+    QApplication::setApplicationName(QStringLiteral("Tidemark"));
+    QApplication::setApplicationVersion(QString::fromStdString(AppModel::version()));
+    QApplication::setDesktopFileName(ApplicationService::name());
+    QApplication::setWindowIcon(applicationIcon());
+    QApplication::setQuitOnLastWindowClosed(false);
+}
+
+int runApplication(LiveModel& live, const LaunchOptions& options, const std::function<void()>& quit)
+{
+    TidemarkApp app{live.model(), quit};
+    const ApplicationService service{{
+        .bringForward = [&app] { app.bringForward(); },
+        .perform = [&app](AppAction action) { app.perform(action); },
+    }};
+    app.start(options);
+    return QApplication::exec();
+}
+
+/// At login it starts for every user of the machine; nobody has asked for the window of the first run then.
+bool isUnknownToUser()
+{
+    try {
+        LinuxFileManager files;
+        const SystemClock clock;
+        const FileURL settings = AppSupport::folder().appending("settings.json");
+        return !SettingsStore{settings, files, clock}.load().hasOnboarded;
+    } catch (const std::runtime_error&) {
+        return false;  // there is something, and the model deals with it
+    }
+}
+
+/// Of all that start, the one that gets the support folder stays.
+int runOrHandOver(const HandOver& handOver, std::function<void()>& quit)
+{
+    FolderPanel folderPanel;
+    Syslog syslog;
+    try {
+        LiveModel live{{.folderChooser = folderPanel, .log = syslog}};
+        quit = [&live] { live.stop([] { QApplication::quit(); }); };
+        return runApplication(live, handOver.options, quit);
+    } catch (const AlreadyRunning&) {
+        handOver.carryOut();
+        return exitDone;
+    }
+}
+
+int run(int& argc, char** argv, const LaunchOptions& options)
+{
+    const HandOver handOver{
+        .options = options, .activationToken = qgetenv("XDG_ACTIVATION_TOKEN").toStdString()};
+    const sigset_t before = holdEndSignals();
+    const QApplication application{argc, argv};
+    describe();
+
+    std::function<void()> quit = [] { ::_exit(exitFailed); };
+    const EndSignals signals{[&] {
+        ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+        quit();
+    }};
+    try {
+        return runOrHandOver(handOver, quit);
+    } catch (const std::runtime_error& error) {
+        return tellFailure(failureText(error), options);
+    }
+}
+
+}  // namespace
+
+}  // namespace tidemark
+
+int main(int argc, char* argv[])
+{
+    using namespace tidemark;
+    const std::span<const char* const> all{argv, static_cast<std::size_t>(argc)};
+    const LaunchOptions options = LaunchOptions::parse(all.subspan(all.empty() ? 0 : 1));
+    if (options.wrong)
+        return fail(
+            "unknown argument '" + *options.wrong + "' (see tidemark --help)", exitWrongUsage);
+    if (options.mode == LaunchOptions::Mode::help)
+        return std::fputs(LaunchOptions::helpText().c_str(), stdout) < 0 ? exitFailed : exitDone;
+    if (options.mode == LaunchOptions::Mode::version)
+        return std::printf("tidemark %s\n", AppModel::version().c_str()) < 0 ? exitFailed
+                                                                             : exitDone;
+    if (options.isAutostart && isUnknownToUser())
+        return exitDone;
+    if (!hasDisplay())
+        return fail("there is no display; \"tidemarkctl watch\" keeps folders tidy without one",
+            exitFailed);
+    qInstallMessageHandler(endInsteadOfAborting);
+    return run(argc, argv, options);
+}

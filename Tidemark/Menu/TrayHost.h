@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+
+namespace tidemark {
+
+/// Finds out when there is something that shows tray icons.
+///
+/// Qt decides how it shows them at the first call to QSystemTrayIcon, and for good: by StatusNotifierItem if a
+/// host of such items is registered at that moment, else by XEmbed where there is X11, else not at all. So that
+/// call waits for `found`. On X11, where no host comes in some time, XEmbed is what is left; elsewhere a host is
+/// waited for as long as it takes. For the main thread.
+class TrayHost : public QObject {
+    Q_OBJECT
+
+public:
+    enum class Kind {
+        none,
+        statusNotifier,
+        embedding,  ///< XEmbed.
+    };
+
+    explicit TrayHost(QObject* parent = nullptr);
+
+    /// Begins to look; what it finds is told later, from the event loop. A panel that starts together with the
+    /// session may need `patience`.
+    void start(std::chrono::milliseconds patience);
+
+    /// What was found so far.
+    Kind kind() const { return m_kind; }
+
+Q_SIGNALS:
+    /// Once.
+    void found();
+
+    /// Once: there is none right now. One may come yet.
+    void missing();
+
+private Q_SLOTS:
+    void ask();
+
+private:
+    void listen();
+    void answered(bool isRegistered);
+    void settleFor(Kind kind);
+
+    Kind m_kind = Kind::none;
+    bool m_didTellMissing = false;
+    QTimer m_patience;
+};
+
+}  // namespace tidemark

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "ModelFixture.h"
+#include "TidemarkApp.h"
+
+#include <QAction>
+#include <QWidget>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tidemark {
+
+class RememberingUpdates final : public UpdateService {
+public:
+    void check() override { ++checks; }
+    void install(const UpdateInfo& update) override { installed.push_back(update); }
+
+    int checks = 0;
+    std::vector<UpdateInfo> installed;
+};
+
+/// A model with the application's face on it, on a screen that nobody sees.
+class InterfaceTest : public ModelTest {
+protected:
+    ~InterfaceTest() override { m_app.reset(); }
+
+    /// The model, with this service for updates.
+    void startWithUpdates(UpdateService* updates);
+
+    /// Makes model and application, and shows the application as when the user starts it.
+    TidemarkApp& launch(const LaunchOptions& options = {});
+    TidemarkApp& app() { return *m_app; }
+
+    /// What the menu shows: "----" for a divider, "(off) " before what cannot be chosen.
+    std::vector<std::string> menuTexts(MenuContent& menu);
+    QAction* item(MenuContent& menu, const QString& text);
+
+    /// A journal of one sweep that moved these files, oldest first.
+    static Journal journalOf(const std::vector<std::string>& names);
+
+    bool m_hasQuit = false;
+    std::unique_ptr<TidemarkApp> m_app;
+};
+
+/// The texts of all labels below `root` that are not hidden, from top to bottom.
+std::vector<std::string> shownTexts(const QWidget& root);
+
+/// Every widget of this type, also of one that Qt's own look-up does not tell from its base.
+template <typename Widget>
+std::vector<Widget*> allOf(const QWidget& root)
+{
+    std::vector<Widget*> widgets;
+    for (QWidget* each : root.findChildren<QWidget*>()) {
+        if (auto* widget = dynamic_cast<Widget*>(each))
+            widgets.push_back(widget);
+    }
+    return widgets;
+}
+
+/// The widget of this type and accessible name or text; null if there is none.
+template <typename Widget>
+Widget* findNamed(const QWidget& root, const QString& name)
+{
+    for (Widget* each : root.findChildren<Widget*>()) {
+        if (each->accessibleName() == name || each->property("text").toString() == name)
+            return each;
+    }
+    return nullptr;
+}
+
+}  // namespace tidemark

@@ -1,0 +1,192 @@
+#include "InterfaceFixture.h"
+
+#include "MenuBarLabel.h"
+#include "MenuContent.h"
+
+namespace tidemark {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::Not;
+
+class Menu : public InterfaceTest {
+protected:
+    MenuContent& content(MenuHost host = MenuHost::widgets)
+    {
+        m_content = std::make_unique<MenuContent>(model(),
+            MenuContent::Commands{
+                .openSettings = [this] { ++m_openings; }, .quit = [this] { ++m_quits; }},
+            host);
+        return *m_content;
+    }
+
+    std::vector<std::string> texts() { return menuTexts(*m_content); }
+
+    int m_openings = 0;
+    int m_quits = 0;
+    std::unique_ptr<MenuContent> m_content;
+
+    ~Menu() override { m_content.reset(); }
+};
+
+TEST_F(Menu, WithoutSweepsNothingCanBeUndoneAndThereIsNoActivity)
+{
+    writeSettings(watching({"a", "b"}));
+    start();
+    content();
+    EXPECT_THAT(texts(),
+        ElementsAre("(off) Watching 2 folders", "----", "Sweep now", "Pause sweeping",
+            "(off) Undo last sweep", "----", "(off) No recent activity", "----",
+            "(off) Check for Updates…",
+            "(off) Tidemark " + AppModel::version() + " · The Tidemark developers", "Settings…",
+            "Quit Tidemark"));
+}
+
+TEST_F(Menu, OfTwentyActivitiesTheTenNewestAreShown)
+{
+    std::vector<std::string> names;
+    for (int number = 1; number <= 20; ++number)
+        names.push_back("file" + std::to_string(number));
+    writeJournal(journalOf(names));
+    start();
+    ASSERT_EQ(model().activity().size(), 20U);
+    content();
+    const std::vector<std::string> all = texts();
+    const std::vector<std::string> lines{all.begin() + 6, all.begin() + 16};
+    EXPECT_THAT(lines,
+        ElementsAre("(off) Filed file20", "(off) Filed file19", "(off) Filed file18",
+            "(off) Filed file17", "(off) Filed file16", "(off) Filed file15", "(off) Filed file14",
+            "(off) Filed file13", "(off) Filed file12", "(off) Filed file11"));
+    EXPECT_EQ(all.at(16), "----");
+    EXPECT_THAT(all, Contains("Undo last sweep"));
+}
+
+TEST_F(Menu, ActivityShowsWhenItHappensAndLinesGoWithTheUndo)
+{
+    writeSettings(watching({"in"}, {filingPapers()}));
+    start();
+    content();
+    addFile("in/one.pdf");
+    addFile("in/two.pdf");
+    item(*m_content, "Sweep now")->trigger();
+    finishWork();
+    EXPECT_THAT(texts(), Contains("(off) Filed one.pdf"));
+    EXPECT_THAT(texts(), Contains("(off) Filed two.pdf"));
+    EXPECT_THAT(texts(), Not(Contains("(off) No recent activity")));
+
+    item(*m_content, "Undo last sweep")->trigger();
+    finishWork();
+    EXPECT_THAT(texts(), Contains("(off) No recent activity"));
+    EXPECT_THAT(texts(), Contains("(off) Undo last sweep"));
+    EXPECT_THAT(texts(), Contains("(off) Paused"));
+    EXPECT_TRUE(m_home.holds("in/one.pdf"));
+}
+
+TEST_F(Menu, PausingChangesSymbolAndItem)
+{
+    start();
+    content();
+    const MenuBarLabel label{model(), {}};
+    EXPECT_EQ(label.symbolName(), "sparkles");
+
+    item(*m_content, "Pause sweeping")->trigger();
+    EXPECT_TRUE(savedSettings().isPaused);
+    EXPECT_EQ(label.symbolName(), "pause.circle");
+    EXPECT_THAT(texts(), Contains("Resume sweeping"));
+    EXPECT_THAT(texts(), Contains("(off) Paused"));
+
+    item(*m_content, "Resume sweeping")->trigger();
+    EXPECT_FALSE(savedSettings().isPaused);
+    EXPECT_EQ(label.symbolName(), "sparkles");
+    EXPECT_THAT(texts(), Contains("Pause sweeping"));
+}
+
+TEST_F(Menu, AnUpdateShowsOnceFoundAndSaysThatItIsBeingInstalled)
+{
+    RememberingUpdates updates;
+    startWithUpdates(&updates);
+    content();
+    EXPECT_EQ(texts().size(), 12U);
+
+    const UpdateInfo found{.version = "9.8.7"};
+    model().setAvailableUpdate(found);
+    EXPECT_EQ(texts().at(8), "Update to 9.8.7");
+    EXPECT_EQ(texts().at(9), "Check for Updates…");
+    item(*m_content, "Update to 9.8.7")->trigger();
+    EXPECT_THAT(updates.installed, ElementsAre(found));
+
+    model().setUpdating(true);
+    EXPECT_EQ(texts().at(8), "(off) Installing update…");
+    EXPECT_EQ(texts().at(9), "(off) Check for Updates…");
+
+    model().setUpdating(false);
+    model().setAvailableUpdate({});
+    EXPECT_EQ(texts().size(), 12U);
+}
+
+TEST_F(Menu, CheckingForUpdatesShowsWhileItGoesOn)
+{
+    RememberingUpdates updates;
+    startWithUpdates(&updates);
+    content();
+    item(*m_content, "Check for Updates…")->trigger();
+    EXPECT_EQ(updates.checks, 1);
+    model().setCheckingForUpdate(true);
+    EXPECT_EQ(texts().at(8), "(off) Checking for updates…");
+    model().setCheckingForUpdate(false);
+    EXPECT_EQ(texts().at(8), "Check for Updates…");
+}
+
+TEST_F(Menu, SettingsAndQuitHaveTheirShortcuts)
+{
+    start();
+    content();
+    EXPECT_EQ(m_content->settingsAction().shortcut(), QKeySequence{"Ctrl+,"});
+    EXPECT_EQ(m_content->quitAction().shortcut(), QKeySequence{"Ctrl+Q"});
+    item(*m_content, "Settings…")->trigger();
+    item(*m_content, "Quit Tidemark")->trigger();
+    EXPECT_EQ(m_openings, 1);
+    EXPECT_EQ(m_quits, 1);
+}
+
+TEST_F(Menu, NamesReadAsTheyAreInOurMenusAndInThoseOfAPanel)
+{
+    struct Row {
+        const char* name;
+        const char* widgets;
+        const char* panel;  ///< Before Qt turns the first "&" that is not at the end into "_".
+    };
+    const Row rows[] = {
+        {"a_b.pdf", "Filed a_b.pdf", "Filed a__b.pdf"},
+        {"Q&A.pdf", "Filed Q&&A.pdf", "Filed Q&&A.pdf"},
+        {"a & b & c", "Filed a && b && c", "Filed a && b & c"},
+        {"end&", "Filed end&&", "Filed end&"},
+        {"line\nend\t.txt", "Filed line\uFFFDend\uFFFD.txt", "Filed line\uFFFDend\uFFFD.txt"},
+        {"\u202Egpj.exe", "Filed \uFFFDgpj.exe", "Filed \uFFFDgpj.exe"},
+        {"<b>bold</b>", "Filed b>", "Filed b>"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        writeJournal(journalOf({row.name}));
+        start();
+        content(MenuHost::widgets);
+        EXPECT_EQ(texts().at(6), std::string{"(off) "} + row.widgets);
+        content(MenuHost::statusNotifier);
+        EXPECT_EQ(texts().at(6), std::string{"(off) "} + row.panel);
+        m_content.reset();
+    }
+}
+
+TEST_F(Menu, ANameOf255CharactersIsShortenedInItsMiddle)
+{
+    writeJournal(journalOf({std::string(251, 'x') + ".pdf"}));
+    start();
+    content();
+    const QString text = QString::fromStdString(texts().at(6)).mid(6);
+    EXPECT_EQ(text.size(), 80);
+    EXPECT_TRUE(text.startsWith("Filed xxx"));
+    EXPECT_TRUE(text.contains(QChar{0x2026}));
+    EXPECT_TRUE(text.endsWith("xxx.pdf"));
+}
+
+}  // namespace tidemark
