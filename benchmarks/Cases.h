@@ -26,6 +26,10 @@ void addModelCases(const std::vector<Place>& places, Suite& suite);
 /// large tree in the last.
 void addIdleCases(const std::vector<Place>& places, Seconds rest, Suite& suite);
 
+/// The application's start until its icon is in the panel, and its rest after that for `rest`, beside an empty
+/// application with a tray icon; on a display that nobody sees.
+void addDesktopCases(const Place& place, Seconds rest, Suite& suite);
+
 /// The journal's text, in memory.
 void addCodingCases();
 

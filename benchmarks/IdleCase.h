@@ -30,10 +30,11 @@ public:
         std::string work;
         std::size_t size = 0;
         std::string place;
-        bool hasBars = true;
+        std::optional<std::size_t> residentBar =
+            std::nullopt;  ///< In bytes; without it nothing is asked.
+        std::string emptyProgram = "empty Qt program";
     };
 
-    static constexpr std::size_t residentBar = std::size_t{16} << 20U;
     static constexpr double unsharedBar = 2;  ///< Times the empty program's.
 
     /// `emptyProgram` is measured once for all cases that share it.

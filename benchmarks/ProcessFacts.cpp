@@ -1,9 +1,12 @@
 #include "ProcessFacts.h"
 
+#include <cerrno>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 namespace tidemark::bench {
 
@@ -47,6 +50,17 @@ ProcessMemory ProcessMemory::of(pid_t process)
         .unshared = (required(kibibytes, "Private_Clean") + required(kibibytes, "Private_Dirty"))
             << 10U,
         .anonymous = required(kibibytes, "Anonymous") << 10U};
+}
+
+Seconds processorTimeOf(pid_t process)
+{
+    clockid_t clock = 0;
+    if (const int error = ::clock_getcpuclockid(process, &clock))
+        throw std::system_error(error, std::generic_category(), "processor time of a process");
+    struct timespec time;
+    if (::clock_gettime(clock, &time) != 0)
+        throw std::system_error(errno, std::generic_category(), "processor time of a process");
+    return Seconds(static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9);
 }
 
 ContextSwitches ContextSwitches::of(pid_t process)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Date.h"
+
 #include <sys/types.h>
 
 #include <cstddef>
@@ -20,6 +22,9 @@ struct ProcessMemory {
 
     static ProcessMemory of(pid_t process);
 };
+
+/// What all threads of a process have used of the processors, in user and kernel mode.
+Seconds processorTimeOf(pid_t process);
 
 /// How often each thread of a process has gone off a processor, and so was woken up.
 class ContextSwitches {

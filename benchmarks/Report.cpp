@@ -192,45 +192,40 @@ void addIdleRow(const IdleCase& idle, Table& table)
     cells.push_back(mebibytes(ours.anonymous));
     cells.push_back(decimal(times(ours.anonymous, empty.anonymous), 2));
     cells.push_back(idle.ours().preparation ? milliseconds(*idle.ours().preparation) : "-");
-    if (subject.hasBars) {
-        const bool isMet = idle.ours().wakeUps == 0 && ours.resident <= IdleCase::residentBar
+    if (subject.residentBar) {
+        const bool isMet = idle.ours().wakeUps == 0 && ours.resident <= *subject.residentBar
             && unshared <= IdleCase::unsharedBar;
+        cells.push_back(mebibytes(*subject.residentBar));
         cells.emplace_back(isMet ? "ok" : "over");
     }
     table.addRow(std::move(cells));
 }
 
-void addEmptyProgram(const Idleness& empty, const std::string& place, Table& table)
+void addEmptyProgram(const IdleCase& idle, Table& table)
 {
-    std::vector<std::string> cells{"empty Qt program", "-", place};
-    for (std::string& cell : idleCells(empty))
+    std::vector<std::string> cells{idle.subject().emptyProgram, "-", idle.subject().place};
+    for (std::string& cell : idleCells(idle.emptyProgram()))
         cells.push_back(std::move(cell));
-    cells.insert(cells.end(), {"", mebibytes(empty.memory.anonymous)});
+    cells.insert(cells.end(), {"", mebibytes(idle.emptyProgram().memory.anonymous)});
     table.addRow(std::move(cells));
 }
 
-void addIdleBars(Table& table)
-{
-    table.addRow({"bar", "", "", "", "0", mebibytes(IdleCase::residentBar), "",
-        decimal(IdleCase::unsharedBar, 2)});
-}
-
+/// Each group of cases after the empty program that it is compared with. No wake-ups are allowed, and as much
+/// private memory as IdleCase::unsharedBar says.
 Table idleness(const Suite& suite)
 {
     Table table({{"at rest"}, {"size", Align::right}, {"on"}, {"seconds", Align::right},
         {"wake-ups", Align::right}, {"RSS MiB", Align::right}, {"private", Align::right},
         {"times empty", Align::right}, {"anonymous", Align::right}, {"times empty", Align::right},
-        {"ready ms", Align::right}, {""}});
-    const IdleCase* last = nullptr;
+        {"ready ms", Align::right}, {"bar of RSS", Align::right}, {""}});
+    std::string emptyProgram;
     for (const auto& idle : suite.idleCases()) {
         if (!idle->isMeasured())
             continue;
+        if (emptyProgram != idle->subject().emptyProgram)
+            addEmptyProgram(*idle, table);
+        emptyProgram = idle->subject().emptyProgram;
         addIdleRow(*idle, table);
-        last = idle.get();
-    }
-    if (last != nullptr) {
-        addEmptyProgram(last->emptyProgram(), suite.idleCases().front()->subject().place, table);
-        addIdleBars(table);
     }
     return table;
 }

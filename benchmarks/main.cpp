@@ -56,6 +56,7 @@ void addCases(const std::vector<Place>& places, const Options& options, Suite& s
         addJournalCases(place, suite);
     addModelCases(places, suite);
     addIdleCases(places, options.rest, suite);
+    addDesktopCases(places.front(), options.rest, suite);
     // These read a file that is in memory on any disk.
     addActivityCases(places.front(), suite);
     addCodingCases();

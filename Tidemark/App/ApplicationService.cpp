@@ -4,15 +4,6 @@
 
 namespace tidemark {
 
-/// The window that is activated next spends it.
-static void keepActivationToken(const QVariantMap& platformData)
-{
-    const QByteArray token =
-        platformData.value(QStringLiteral("activation-token")).toString().toUtf8();
-    if (!token.isEmpty())
-        qputenv("XDG_ACTIVATION_TOKEN", token);
-}
-
 ApplicationService::ApplicationService(Commands commands)
     : m_commands(std::move(commands))
 {
@@ -34,8 +25,8 @@ ApplicationService::~ApplicationService()
 
 void ApplicationService::Activate(const QVariantMap& platformData)
 {
-    keepActivationToken(platformData);
-    m_commands.bringForward();
+    m_commands.bringForward(
+        platformData.value(QStringLiteral("activation-token")).toString().toStdString());
 }
 
 void ApplicationService::Open(const QStringList& /*uris*/, const QVariantMap& platformData)

@@ -18,7 +18,7 @@ class ApplicationService : public QObject {
 
 public:
     struct Commands {
-        std::function<void()> bringForward;
+        std::function<void(const std::string& activationToken)> bringForward;
         std::function<void(AppAction)> perform;
     };
 

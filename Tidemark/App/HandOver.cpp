@@ -1,39 +1,12 @@
 #include "HandOver.h"
 
-#include "AppSupport.h"
-#include "ApplicationService.h"
 #include "Clock.h"
 #include "CommandFailure.h"
 #include "LinuxFileManager.h"
-#include "Operations.h"
+#include "RemoteOperations.h"
 #include "SettingsStore.h"
 
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
-#include <QDBusMessage>
-
 namespace tidemark {
-
-namespace {
-
-bool isOnBus()
-{
-    const QDBusConnection bus = QDBusConnection::sessionBus();
-    return bus.isConnected() && bus.interface()->isServiceRegistered(ApplicationService::name());
-}
-
-void callOverBus(const QString& method, const QVariantList& arguments)
-{
-    QDBusMessage message = QDBusMessage::createMethodCall(ApplicationService::name(),
-        ApplicationService::path(), ApplicationService::interface(), method);
-    message.setArguments(arguments);
-    const QDBusMessage answer = QDBusConnection::sessionBus().call(message);
-    if (answer.type() == QDBusMessage::ErrorMessage)
-        throw CommandFailure{"Tidemark is running already, but does not answer: "
-            + answer.errorMessage().toStdString()};
-}
-
-}  // namespace
 
 /// Whether sweeping is paused by what the settings file says.
 static bool isPaused(const FileURL& supportFolder)
@@ -43,9 +16,8 @@ static bool isPaused(const FileURL& supportFolder)
     return SettingsStore{supportFolder.appending("settings.json"), files, clock}.load().isPaused;
 }
 
-static void performBySocket(AppAction action)
+static void perform(AppAction action, const FileURL& supportFolder)
 {
-    const FileURL supportFolder = AppSupport::folder();
     const auto operations = Operations::open(supportFolder, [] {});
     SweepObserver nobody;
     switch (action) {
@@ -61,25 +33,16 @@ static void performBySocket(AppAction action)
     }
 }
 
-void HandOver::carryOut() const
+void HandOver::carryOut(const FileURL& supportFolder) const
 {
-    QVariantMap platformData;
-    if (!activationToken.empty())
-        platformData.insert(
-            QStringLiteral("activation-token"), QString::fromStdString(activationToken));
-    if (options.action && isOnBus())
-        callOverBus(QStringLiteral("ActivateAction"),
-            {QString::fromUtf8(nameOf(*options.action)), QVariantList{}, platformData});
-    else if (options.action)
-        performBySocket(*options.action);
-    else if (!options.isAwaited())
+    if (options.action)
+        return perform(*options.action, supportFolder);
+    if (!options.isAwaited())
         return;
-    else if (isOnBus())
-        callOverBus(QStringLiteral("Activate"), {platformData});
-    else
-        throw CommandFailure{
-            "Tidemark is running already, and cannot be brought to the front: it is "
-            "\"tidemarkctl watch\", or there is no session bus"};
+    auto client = RemoteClient::connect(supportFolder);
+    if (!client)
+        throw CommandFailure{"Tidemark was running already, and has just ended"};
+    RemoteOperations{std::move(*client)}.bringForward(activationToken);
 }
 
 }  // namespace tidemark

@@ -80,13 +80,25 @@ void describe()
     QApplication::setQuitOnLastWindowClosed(false);
 }
 
+/// The window that is activated next spends it.
+void keepActivationToken(const std::string& token)
+{
+    if (!token.empty())
+        qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(token));
+}
+
 int runApplication(LiveModel& live, const LaunchOptions& options, const std::function<void()>& quit)
 {
     TidemarkApp app{live.model(), quit};
+    const auto bringForward = [&app](const std::string& activationToken) {
+        keepActivationToken(activationToken);
+        app.bringForward();
+    };
     const ApplicationService service{{
-        .bringForward = [&app] { app.bringForward(); },
+        .bringForward = bringForward,
         .perform = [&app](AppAction action) { app.perform(action); },
     }};
+    live.onBringForward(bringForward);
     app.start(options);
     return QApplication::exec();
 }
@@ -113,8 +125,8 @@ int runOrHandOver(const HandOver& handOver, std::function<void()>& quit)
         LiveModel live{{.folderChooser = folderPanel, .log = syslog}};
         quit = [&live] { live.stop([] { QApplication::quit(); }); };
         return runApplication(live, handOver.options, quit);
-    } catch (const AlreadyRunning&) {
-        handOver.carryOut();
+    } catch (const AlreadyRunning& other) {
+        handOver.carryOut(other.supportFolder());
         return exitDone;
     }
 }

@@ -40,7 +40,7 @@ SupportLock lockOf(const FileURL& supportFolder, const std::function<void()>& wh
         if (auto lock = SupportLock::tryAcquire(supportFolder))
             return std::move(*lock);
         if (RemoteClient::connect(supportFolder))
-            throw AlreadyRunning{};
+            throw AlreadyRunning{supportFolder};
         if (whileWaiting)
             whileWaiting();
         std::this_thread::sleep_for(pause);
@@ -77,6 +77,11 @@ LiveModel::LiveModel(const LiveOptions& options)
 }
 
 LiveModel::~LiveModel() = default;
+
+void LiveModel::onBringForward(RemoteControl::BringForward bringForward)
+{
+    m_remoteControl->onBringForward(std::move(bringForward));
+}
 
 void LiveModel::stop(std::function<void()> stopped)
 {

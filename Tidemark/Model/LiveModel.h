@@ -50,6 +50,9 @@ public:
     /// Whether no folder was configured, and the standard folders were taken.
     bool isFirstStart() const { return m_isFirstStart; }
 
+    /// What to do when somebody starts the application again. Without it they are told that there is no window.
+    void onBringForward(RemoteControl::BringForward bringForward);
+
     /// AppModel::stop; commands of other processes get their answers before and are not served any more after.
     void stop(std::function<void()> stopped);
 

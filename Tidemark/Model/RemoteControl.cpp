@@ -52,6 +52,8 @@ void RemoteControl::carryOut(const WorkRequest& request, const Reply& reply)
     case WorkRequest::Kind::removeFolders:
         return change<FolderChanges>(
             reply, [&](Workspace& workspace) { return removeFolders(workspace, request.paths); });
+    case WorkRequest::Kind::bringForward:
+        return bringForward(request, reply);
     }
 }
 
@@ -83,6 +85,15 @@ void RemoteControl::sweep(const WorkRequest& request, const Reply& reply)
                                              : WorkAnswer::ofFailure(outcome.failure.value_or("")));
             },
     });
+}
+
+void RemoteControl::bringForward(const WorkRequest& request, const Reply& reply)
+{
+    if (!m_bringForward)
+        throw CommandFailure{
+            "Tidemark is running already as \"tidemarkctl watch\", which has no windows"};
+    m_bringForward(request.activationToken);
+    reply->finish(WorkAnswer::ofSuccess());
 }
 
 void RemoteControl::undo(const WorkRequest& request, const Reply& reply)

@@ -127,10 +127,9 @@ FormSection* SettingsView::makeGeneral()
 FormSection* SettingsView::makeAbout()
 {
     auto* section = new FormSection{QStringLiteral("About")};
-    auto* feedback = new LinkButton{
-        QStringLiteral("Send feedback"), QString::fromUtf8(Branding::feedbackPage)};
-    auto* website
-        = new LinkButton{QStringLiteral("Website"), QString::fromUtf8(Branding::website)};
+    auto* feedback =
+        new LinkButton{QStringLiteral("Send feedback"), QString::fromUtf8(Branding::feedbackPage)};
+    auto* website = new LinkButton{QStringLiteral("Website"), QString::fromUtf8(Branding::website)};
     section->addRow(inOneColumn({feedback, website}));
     QLabel* branding = makeHelp(QString::fromUtf8(Branding::line));
     QFont small = branding->font();

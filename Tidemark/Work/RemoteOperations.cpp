@@ -63,6 +63,16 @@ FolderChanges RemoteOperations::removeFolders(const std::vector<GivenPath>& path
         answerTo({.kind = WorkRequest::Kind::removeFolders, .paths = paths}, nobody));
 }
 
+void RemoteOperations::bringForward(const std::string& activationToken)
+{
+    SweepObserver nobody;
+    const JSONDocument answer{answerTo({.kind = WorkRequest::Kind::bringForward,
+                                           .activationToken = withValidUTF8(activationToken)},
+                                  nobody),
+        "answer"};
+    WorkAnswer::requireSuccess(answer.root());
+}
+
 std::string RemoteOperations::answerTo(const WorkRequest& request, SweepObserver& observer)
 {
     m_client.send(JSONCoders::encode(request));

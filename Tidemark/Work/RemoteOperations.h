@@ -19,6 +19,10 @@ public:
     FolderChanges addFolders(const std::vector<GivenPath>& paths) override;
     FolderChanges removeFolders(const std::vector<GivenPath>& paths) override;
 
+    /// Brings the windows of that process to the front. `activationToken` gives it the right to do so on
+    /// Wayland; it may be empty. Throws CommandFailure when that process has no windows.
+    void bringForward(const std::string& activationToken);
+
 private:
     std::string answerTo(const WorkRequest& request, SweepObserver& observer);
 

@@ -22,6 +22,7 @@ constexpr std::array kindNames{
     KindName{WorkRequest::Kind::resume, "resume"},
     KindName{WorkRequest::Kind::addFolders, "addFolders"},
     KindName{WorkRequest::Kind::removeFolders, "removeFolders"},
+    KindName{WorkRequest::Kind::bringForward, "bringForward"},
 };
 
 std::string_view nameOf(WorkRequest::Kind kind)
@@ -72,6 +73,7 @@ std::size_t decodedCount(const JSONDecoder& decoder)
 void WorkRequest::encode(JSONEncoder& encoder) const
 {
     encoder.object([&] {
+        encoder.member("activationToken", activationToken);
         encoder.member("kind", nameOf(kind));
         encoder.member("now", now);
         encoder.memberArray("paths", [&] {
@@ -87,6 +89,7 @@ WorkRequest WorkRequest::decode(const JSONDecoder& decoder)
     if (const auto now = decoder.find("now"))
         request.now = now->date();
     request.paths = decodedPaths(decoder["paths"]);
+    request.activationToken = decoder["activationToken"].string();
     return request;
 }
 
@@ -109,6 +112,13 @@ WorkProgress WorkProgress::decode(const JSONDecoder& decoder)
     if (const auto index = decoder.find("index"))
         progress.performing = Position{decodedCount(*index), decodedCount(decoder["count"])};
     return progress;
+}
+
+std::string WorkAnswer::ofSuccess()
+{
+    JSONEncoder encoder;
+    encoder.object([] {});
+    return encoder.takeText();
 }
 
 std::string WorkAnswer::ofFailure(std::string_view reason)

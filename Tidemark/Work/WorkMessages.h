@@ -14,11 +14,13 @@ namespace tidemark {
 
 /// What a command asks the process to do that holds the lock of the support folder. A plain value.
 struct WorkRequest {
-    enum class Kind { sweep, undo, pause, resume, addFolders, removeFolders };
+    enum class Kind { sweep, undo, pause, resume, addFolders, removeFolders, bringForward };
 
     Kind kind = Kind::sweep;
     std::optional<Date> now = {};  ///< Stands in for the present; whole seconds are told.
     std::vector<GivenPath> paths = {};
+    std::string activationToken =
+        {};  ///< Of `bringForward`: the right to take the focus, on Wayland.
 
     void encode(JSONEncoder& encoder) const;
     static WorkRequest decode(const JSONDecoder& decoder);
@@ -54,6 +56,9 @@ std::string of(const Result& result)
     encoder.object([&] { encoder.member("result", result); });
     return encoder.takeText();
 }
+
+/// Of a request that has no result.
+std::string ofSuccess();
 
 /// `reason` is one line, with any bytes in it.
 std::string ofFailure(std::string_view reason);

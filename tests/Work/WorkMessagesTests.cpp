@@ -44,6 +44,7 @@ TEST(WorkMessages, EveryRequestArrivesUnchanged)
         {.kind = WorkRequest::Kind::resume},
         {.kind = WorkRequest::Kind::addFolders, .paths = {{"x", "/a/x"}, {oddName, oddName}}},
         {.kind = WorkRequest::Kind::removeFolders, .paths = {{"..", "/"}}},
+        {.kind = WorkRequest::Kind::bringForward, .activationToken = "sway-12 \"x\""},
     };
     for (const WorkRequest& request : requests)
         EXPECT_TRUE(
