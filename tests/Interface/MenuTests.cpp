@@ -158,6 +158,10 @@ TEST_F(Menu, NamesReadAsTheyAreInOurMenusAndInThoseOfAPanel)
     };
     const Row rows[] = {
         {"a_b.pdf", "Filed a_b.pdf", "Filed a__b.pdf"},
+        {"_a_", "Filed _a_", "Filed __a__"},
+        {"a_b&c_d&e", "Filed a_b&&c_d&&e", "Filed a&_b&c__d&e"},
+        {"a_b&", "Filed a_b&&", "Filed a&_b&"},
+        {"a&b_c", "Filed a&&b_c", "Filed a&&b\u02CDc"},
         {"Q&A.pdf", "Filed Q&&A.pdf", "Filed Q&&A.pdf"},
         {"a & b & c", "Filed a && b && c", "Filed a && b & c"},
         {"end&", "Filed end&&", "Filed end&"},
