@@ -1,5 +1,6 @@
 #include "MenuWindow.h"
 
+#include "LayoutOrder.h"
 #include "MenuContent.h"
 #include "SecondaryColour.h"
 
@@ -192,18 +193,7 @@ void MenuWindow::rebuild()
     }
     for (const auto& [action, row] : before)
         row->deleteLater();
-    putInOrder();
-}
-
-void MenuWindow::putInOrder()
-{
-    QWidget* previous = nullptr;
-    for (QAction* action : m_menu.actions()) {
-        QWidget* row = m_rows.at(action);
-        if (previous)
-            setTabOrder(previous, row);
-        previous = row;
-    }
+    orderAsLaidOut(*this);
 }
 
 }  // namespace tidemark

@@ -27,7 +27,6 @@ protected:
 
 private:
     void rebuild();
-    void putInOrder();
 
     QMenu& m_menu;
     QVBoxLayout* m_layout;

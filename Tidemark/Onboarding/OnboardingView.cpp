@@ -1,5 +1,6 @@
 #include "OnboardingView.h"
 
+#include "LayoutOrder.h"
 #include "SecondaryColour.h"
 #include "SymbolLabel.h"
 
@@ -101,6 +102,7 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> dismiss)
             "front-matter."))));
     layout->addLayout(buttons);
     setFixedWidth(textWidth + 2 * margin);
+    orderAsLaidOut(*this);
     startOnReturn();
 }
 

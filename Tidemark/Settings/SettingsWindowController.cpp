@@ -1,6 +1,6 @@
 #include "SettingsWindowController.h"
 
-#include "FocusOrder.h"
+#include "LayoutOrder.h"
 #include "SettingsView.h"
 
 #include <QEvent>
@@ -65,7 +65,7 @@ private:
     void followForm()
     {
         fitHeight();
-        orderFocus(*m_view);
+        orderAsLaidOut(*m_view);
     }
 
     void fitHeight()
@@ -76,6 +76,18 @@ private:
             ? m_view->layout()->totalHeightForWidth(windowWidth)
             : m_view->sizeHint().height();
         setFixedSize(windowWidth, std::min(wanted, most));
+        if (isVisible())
+            keepOnScreen();
+    }
+
+    /// It grows downwards. Wayland lets no window move itself.
+    void keepOnScreen()
+    {
+        const QRect frame = frameGeometry();
+        const QRect available = screen()->availableGeometry();
+        const int below = frame.bottom() - available.bottom();
+        if (below > 0)
+            move(frame.x(), std::max(available.top(), frame.y() - below));
     }
 
     SettingsView* m_view;

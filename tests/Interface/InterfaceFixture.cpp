@@ -1,5 +1,6 @@
 #include "InterfaceFixture.h"
 
+#include <QAccessible>
 #include <QLayout>
 
 namespace tidemark {
@@ -21,6 +22,15 @@ void collectTexts(const QLayout& layout, std::vector<std::string>& texts)
         else if (item->layout())
             collectTexts(*item->layout(), texts);
     }
+}
+
+void collectNames(QAccessibleInterface& element, std::vector<std::string>& names)
+{
+    const QString name = element.text(QAccessible::Name);
+    if (!name.isEmpty() && !element.state().invisible)
+        names.push_back(name.toStdString());
+    for (int index = 0; index < element.childCount(); ++index)
+        collectNames(*element.child(index), names);
 }
 
 std::string shown(const QAction& action)
@@ -85,6 +95,13 @@ Journal InterfaceTest::journalOf(const std::vector<std::string>& names)
             .to = "/out/" + name,
             .at = Date{Seconds{++second}}});
     return journal;
+}
+
+std::vector<std::string> accessibleNames(QWidget& root)
+{
+    std::vector<std::string> names;
+    collectNames(*QAccessible::queryAccessibleInterface(&root), names);
+    return names;
 }
 
 std::vector<std::string> shownTexts(const QWidget& root)

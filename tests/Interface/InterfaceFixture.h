@@ -47,6 +47,9 @@ protected:
 /// The texts of all labels below `root` that are not hidden, from top to bottom.
 std::vector<std::string> shownTexts(const QWidget& root);
 
+/// What a screen reader is told of everything below `root`, in its order: the names that are not empty.
+std::vector<std::string> accessibleNames(QWidget& root);
+
 /// Every widget of this type, also of one that Qt's own look-up does not tell from its base.
 template <typename Widget>
 std::vector<Widget*> allOf(const QWidget& root)

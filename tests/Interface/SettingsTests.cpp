@@ -270,6 +270,34 @@ TEST_F(SettingsWindowTest, TheTabKeyGoesFromTopToBottom)
             "Send feedback"));
 }
 
+TEST_F(SettingsWindowTest, AScreenReaderGoesFromTopToBottom)
+{
+    open(watching({"a"}, {filingPapers()}));
+    click(named<QToolButton>("Rules of a"));
+    m_chooser.answer = {m_home.makeFolder("b")};
+    click(named<QPushButton>("Add folder…"));
+    const std::vector<std::string> all = accessibleNames(window());
+    const auto begin = std::ranges::find(all, "Rules of a");
+    ASSERT_GE(all.end() - begin, 15);
+    const std::vector<std::string> folders{begin, begin + 15};
+    EXPECT_THAT(folders,
+        ElementsAre("Rules of a", "a", "~/a", "Access granted", "Stop watching a",
+            "File papers", "Filed away", "File papers, a", "Sort Markdown files",
+            "Organize .md by front-matter", "Sort Markdown files, a", "Rules of b", "b",
+            "~/b", "Access granted"));
+    EXPECT_LT(std::ranges::find(all, "Stop watching b"), std::ranges::find(all, "Add folder…"));
+}
+
+TEST_F(SettingsWindowTest, GrowingItStaysOnTheScreen)
+{
+    open(watching({"a"}, AppModel::defaultRules()));
+    const QRect screen = window().screen()->availableGeometry();
+    window().move(0, screen.bottom() - window().frameGeometry().height());
+    click(named<QToolButton>("Rules of a"));
+    EXPECT_LE(window().frameGeometry().bottom(), screen.bottom());
+    EXPECT_GE(window().frameGeometry().top(), screen.top());
+}
+
 TEST_F(SettingsWindowTest, ShortcutsOfTheMenuWorkInIt)
 {
     open({});
