@@ -1,10 +1,12 @@
 #include "Symbols.h"
 
+#include "LazyIconEngine.h"
 #include "SymbolIconEngine.h"
 
 #include <QDir>
 #include <QGuiApplication>
 #include <QPalette>
+#include <QStandardPaths>
 #include <QSvgRenderer>
 
 namespace tidemark {
@@ -36,6 +38,14 @@ QIcon icon(const QString& name, SymbolIconEngine::Ink ink, const QString& themeN
     if (!shape)
         return {};
     return QIcon{new SymbolIconEngine{std::move(shape), std::move(ink), themeName}};
+}
+
+/// Whether programs that show the tray icon find it by its name. QIcon would read the user's whole icon theme for
+/// that, and with it the programs that start at login would wait.
+bool isInstalled(const QString& themeName)
+{
+    const QString file = QStringLiteral("icons/hicolor/symbolic/apps/") + themeName + suffix();
+    return !QStandardPaths::locate(QStandardPaths::GenericDataLocation, file).isEmpty();
 }
 
 QColor mixed(const QColor& much, const QColor& little, qreal share)
@@ -126,7 +136,7 @@ QIcon trayIcon(bool isPaused)
         isPaused ? QStringLiteral("pause.circle") : QStringLiteral("sparkles"),
         [middleGrey](QIcon::Mode /*mode*/) { return middleGrey; },
         // A name that the panel does not find would leave some panels without any icon.
-        QIcon::hasThemeIcon(themeName) ? themeName : QString{});
+        isInstalled(themeName) ? themeName : QString{});
 }
 
 QString trayIconName(bool isPaused)
@@ -137,8 +147,10 @@ QString trayIconName(bool isPaused)
 
 QIcon applicationIcon()
 {
-    return QIcon::fromTheme(QStringLiteral("io.tidemark.Tidemark"),
-        QIcon{QStringLiteral(":/tidemark/icons/io.tidemark.Tidemark.svg")});
+    return QIcon{new LazyIconEngine{[] {
+        return QIcon::fromTheme(QStringLiteral("io.tidemark.Tidemark"),
+            QIcon{QStringLiteral(":/tidemark/icons/io.tidemark.Tidemark.svg")});
+    }}};
 }
 
 }  // namespace tidemark

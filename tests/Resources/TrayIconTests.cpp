@@ -1,4 +1,5 @@
 #include "GuiApplication.h"
+#include "ScopedEnvironment.h"
 #include "Symbols.h"
 #include "TemporaryFolder.h"
 
@@ -12,24 +13,34 @@ namespace {
 const QString unpaused = QStringLiteral("io.tidemark.Tidemark-tray-symbolic");
 const QString paused = QStringLiteral("io.tidemark.Tidemark-paused-symbolic");
 
-/// An icon theme with the tray's icons, as an installation leaves it.
-void installIconTheme(const QString& folder)
+/// An icon theme with the tray's icons below `data`, as an installation leaves it.
+void installIconTheme(const QString& data)
 {
-    const QString apps = folder + "/hicolor/symbolic/apps";
+    const QString icons = data + "/icons";
+    const QString apps = icons + "/hicolor/symbolic/apps";
     ASSERT_TRUE(QDir{}.mkpath(apps));
-    QFile index{folder + "/hicolor/index.theme"};
+    QFile index{icons + "/hicolor/index.theme"};
     ASSERT_TRUE(index.open(QFile::WriteOnly));
     index.write("[Icon Theme]\nName=hicolor\nDirectories=symbolic/apps\n"
                 "[symbolic/apps]\nSize=16\nMinSize=8\nMaxSize=512\nType=Scalable\n");
     const QString symbols = QStringLiteral(":/tidemark/symbols/");
     ASSERT_TRUE(QFile::copy(symbols + "sparkles.svg", apps + '/' + unpaused + ".svg"));
     ASSERT_TRUE(QFile::copy(symbols + "pause.circle.svg", apps + '/' + paused + ".svg"));
-    QIcon::setThemeSearchPaths({folder});
+    QIcon::setThemeSearchPaths({icons});
 }
 
 }  // namespace
 
-using TrayIcon = DrawingTest;
+/// On a machine on which it is not installed yet.
+class TrayIcon : public DrawingTest {
+protected:
+    QString data() const { return QString::fromStdString(m_folder.path()); }
+
+private:
+    const TemporaryFolder m_folder;
+    const ScopedEnvironment m_userData{"XDG_DATA_HOME", m_folder.path()};
+    const ScopedEnvironment m_systemData{"XDG_DATA_DIRS", m_folder.path()};
+};
 
 TEST_F(TrayIcon, ShowsSparklesOrWhilePausedThePauseSign)
 {
@@ -64,8 +75,7 @@ TEST_F(TrayIcon, HasNoNameWhereTheThemeHasNoSuchIcon)
 
 TEST_F(TrayIcon, HasItsNameInTheThemeWhereItIsInstalled)
 {
-    const TemporaryFolder folder;
-    ASSERT_NO_FATAL_FAILURE(installIconTheme(QString::fromStdString(folder.path())));
+    ASSERT_NO_FATAL_FAILURE(installIconTheme(data()));
 
     EXPECT_EQ(trayIcon(false).name(), unpaused);
     EXPECT_EQ(trayIcon(true).name(), paused);
@@ -73,8 +83,7 @@ TEST_F(TrayIcon, HasItsNameInTheThemeWhereItIsInstalled)
 
 TEST_F(TrayIcon, OfTheThemeIsOfTheSameGreyForPanelsThatDoNotRecolour)
 {
-    const TemporaryFolder folder;
-    ASSERT_NO_FATAL_FAILURE(installIconTheme(QString::fromStdString(folder.path())));
+    ASSERT_NO_FATAL_FAILURE(installIconTheme(data()));
 
     EXPECT_EQ(inkOf(shown(QIcon::fromTheme(unpaused), 32)), inkOf(shown(trayIcon(false), 32)));
     EXPECT_EQ(inkOf(shown(QIcon::fromTheme(paused), 32)), inkOf(shown(trayIcon(true), 32)));
