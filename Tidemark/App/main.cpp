@@ -2,6 +2,7 @@
 #include "AppSupport.h"
 #include "ApplicationService.h"
 #include "Clock.h"
+#include "CommandFailure.h"
 #include "EndSignals.h"
 #include "FailureText.h"
 #include "FolderPanel.h"
@@ -122,9 +123,17 @@ int runOrHandOver(const HandOver& handOver, std::function<void()>& quit)
     FolderPanel folderPanel;
     Syslog syslog;
     try {
-        LiveModel live{{.folderChooser = folderPanel, .log = syslog}};
+        bool isReplaced = false;
+        LiveModel live{{.folderChooser = folderPanel, .log = syslog, .whenReplaced = [&isReplaced] {
+                            isReplaced = true;
+                            QApplication::quit();
+                        }}};
         quit = [&live] { live.stop([] { QApplication::quit(); }); };
-        return runApplication(live, handOver.options, quit);
+        const int status = runApplication(live, handOver.options, quit);
+        if (isReplaced)
+            throw CommandFailure{"another Tidemark has taken over, since the lock of "
+                + live.supportFolder().path() + " was removed"};
+        return status;
     } catch (const AlreadyRunning& other) {
         handOver.carryOut(other.supportFolder());
         return exitDone;

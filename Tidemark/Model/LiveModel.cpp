@@ -2,6 +2,7 @@
 
 #include "AlreadyRunning.h"
 #include "AppSupport.h"
+#include "FailureText.h"
 #include "FirstStart.h"
 #include "RemoteClient.h"
 #include "TemporaryDirectory.h"
@@ -58,11 +59,13 @@ bool prepare(Workspace& workspace, const LiveOptions& options)
 }  // namespace
 
 LiveModel::LiveModel(const LiveOptions& options)
-    : m_supportFolder(madeSupportFolder(options))
+    : m_options(options)
+    , m_supportFolder(madeSupportFolder(options))
     , m_lock(lockOf(m_supportFolder, options.whileWaiting))
     , m_fileManager(&m_ownChanges)
     , m_workspace(m_supportFolder, m_fileManager, m_clock)
     , m_isFirstStart(prepare(m_workspace, options))
+    , m_folderWatch(m_supportFolder, [this] { repair(); })
 {
     m_model.emplace(m_workspace,
         AppModel::Services{.folderChooser = options.folderChooser,
@@ -73,18 +76,48 @@ LiveModel::LiveModel(const LiveOptions& options)
         AppModel::Options{.initiative = options.initiative,
             .looksAtLaunch = !m_isFirstStart,
             .watchBackend = options.watchBackend});
-    m_remoteControl.emplace(*m_model, m_supportFolder);
+    serve();
+    m_folderWatch.follow();
 }
 
 LiveModel::~LiveModel() = default;
 
 void LiveModel::onBringForward(RemoteControl::BringForward bringForward)
 {
-    m_remoteControl->onBringForward(std::move(bringForward));
+    m_bringForward = std::move(bringForward);
+    m_remoteControl->onBringForward(m_bringForward);
+}
+
+void LiveModel::serve()
+{
+    m_remoteControl.reset();
+    m_remoteControl.emplace(*m_model, m_supportFolder);
+    m_remoteControl->onBringForward(m_bringForward);
+}
+
+void LiveModel::repair()
+{
+    if (m_isStopping)
+        return;
+    const bool isLockLost = !m_lock.isStillThere();
+    if (!isLockLost && m_remoteControl && m_remoteControl->isReachable())
+        return;
+    try {
+        m_remoteControl.reset();
+        if (isLockLost)
+            m_lock = lockOf(m_supportFolder, {});
+        serve();
+        m_folderWatch.follow();
+    } catch (const AlreadyRunning&) {
+        stop(m_options.whenReplaced ? m_options.whenReplaced : [] {});
+    } catch (const std::runtime_error& error) {
+        m_options.log.warn("other commands cannot reach this process: " + failureText(error));
+    }
 }
 
 void LiveModel::stop(std::function<void()> stopped)
 {
+    m_isStopping = true;
     m_model->stop([this, stopped = std::move(stopped)] {
         m_remoteControl.reset();
         stopped();

@@ -5,6 +5,7 @@
 #include "LinuxFileManager.h"
 #include "OwnChangeLog.h"
 #include "RemoteControl.h"
+#include "SupportFolderWatch.h"
 #include "SupportLock.h"
 #include "TimeSource.h"
 #include "WallClockAlarm.h"
@@ -27,11 +28,16 @@ struct LiveOptions {
 
     /// Called again and again while another command is waited for; what it throws ends the waiting.
     std::function<void()> whileWaiting = {};
+
+    /// Called when the support folder or its lock was removed by hand and another process has made them anew: that
+    /// one keeps the folders tidy now. Nothing is changed here any more, and the process should end.
+    std::function<void()> whenReplaced = {};
 };
 
 /// A model on the real disk and clock, with everything it needs: the only one of its support folder.
 ///
-/// It holds the folder's lock and serves the commands of other processes. For the main thread, which needs an
+/// It holds the folder's lock and serves the commands of other processes; should somebody remove the folder, the lock
+/// or the socket meanwhile, it makes them again. For the main thread, which needs an
 /// event loop.
 class LiveModel {
 public:
@@ -57,6 +63,10 @@ public:
     void stop(std::function<void()> stopped);
 
 private:
+    void repair();
+    void serve();
+
+    const LiveOptions m_options;
     FileURL m_supportFolder;
     SupportLock m_lock;
     OwnChangeLog m_ownChanges;
@@ -66,8 +76,11 @@ private:
     WallClockAlarm m_alarm;
     Workspace m_workspace;
     bool m_isFirstStart;
+    bool m_isStopping = false;
     std::optional<AppModel> m_model;
+    RemoteControl::BringForward m_bringForward;
     std::optional<RemoteControl> m_remoteControl;
+    SupportFolderWatch m_folderWatch;
 };
 
 }  // namespace tidemark

@@ -19,6 +19,9 @@ public:
     /// Serves nobody new, and gives those who were answered a moment to take their answer in.
     ~RemoteControl();
 
+    /// See RemoteServer.
+    bool isReachable() const { return m_server.isReachable(); }
+
     /// May be empty: then there are no windows.
     void onBringForward(BringForward bringForward) { m_bringForward = std::move(bringForward); }
 

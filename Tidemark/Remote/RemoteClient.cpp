@@ -42,6 +42,9 @@ std::optional<RemoteClient> RemoteClient::connect(const FileURL& supportFolder)
     if (!socket.isOpen())
         fail(cannotConnect, address->url(), errno);
     const int error = address->connect(socket.get());
+    // Nobody can serve there; to wait for somebody would be in vain.
+    if (const auto file = address->file(); error == ECONNREFUSED && file && !file->isSocket)
+        fail("not a socket:", address->url(), ENOTSOCK);
     if (error == ENOENT || error == ECONNREFUSED)
         return std::nullopt;
     if (error != 0)

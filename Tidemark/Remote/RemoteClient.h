@@ -21,7 +21,8 @@ public:
         bool isFinal = false;
     };
 
-    /// Nothing if nobody serves there. Throws for other failures, such as a server of another user.
+    /// Nothing if nobody serves there. Throws for other failures, such as a server of another user, or a file
+    /// of that name that is no socket.
     static std::optional<RemoteClient> connect(const FileURL& supportFolder);
 
     /// To be called once. Throws for a request of more than 1 MiB (message_size). That the server has gone

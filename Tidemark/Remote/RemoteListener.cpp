@@ -57,7 +57,7 @@ RemoteListener::RemoteListener(const FileURL& supportFolder)
 RemoteListener::~RemoteListener()
 {
     // The socket is still open, so no other file can have got its inode's number.
-    if (m_file && m_address.file() == m_file)
+    if (isReachable())
         m_address.remove();
 }
 

@@ -31,6 +31,9 @@ public:
     RemoteListener(const RemoteListener&) = delete;
     RemoteListener& operator=(const RemoteListener&) = delete;
 
+    /// Whether clients find it: false once somebody has removed or replaced its file.
+    bool isReachable() const { return m_file && m_address.file() == m_file; }
+
     int descriptor() const { return m_socket.get(); }
 
     /// Takes the next client in, without waiting.

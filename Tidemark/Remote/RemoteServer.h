@@ -44,6 +44,9 @@ public:
     RemoteServer(const RemoteServer&) = delete;
     RemoteServer& operator=(const RemoteServer&) = delete;
 
+    /// Whether clients find it: false once somebody has removed or replaced the socket's file.
+    bool isReachable() const { return m_listener.isReachable(); }
+
     /// Waits until every final message that was given is written, but no longer than this. Returns whether
     /// they all are; what clients that have left did not read does not count. Calls no handler.
     bool flush(std::chrono::milliseconds atMost);

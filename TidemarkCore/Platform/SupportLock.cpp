@@ -108,6 +108,11 @@ SupportLock::SupportLock(std::unique_ptr<File> file)
 {
 }
 
+bool SupportLock::isStillThere() const
+{
+    return m_file->isStillThere();
+}
+
 SupportLock::SupportLock(SupportLock&&) noexcept = default;
 SupportLock& SupportLock::operator=(SupportLock&&) noexcept = default;
 SupportLock::~SupportLock() = default;

@@ -26,6 +26,9 @@ public:
     SupportLock& operator=(SupportLock&&) noexcept;
     ~SupportLock();
 
+    /// False once somebody has removed or replaced the folder or its lock file: then it excludes nobody any more.
+    bool isStillThere() const;
+
 private:
     enum class Waiting { untilFree, none };
     class File;

@@ -65,6 +65,7 @@ ExitStatus runWatch(const Invocation& invocation)
     std::function<void()> end;
     const EndSignals signals{[&end] { end(); }};
     Waiting waiting{signals};
+    bool isReplaced = false;
     NoFolderChooser nobodyToAsk;
     Syslog syslog;
     NoSystemLog noLog;
@@ -75,6 +76,11 @@ ExitStatus runWatch(const Invocation& invocation)
         .requiresReadableSettings = true,
         .watchBackend = invocation.watchBackend,
         .whileWaiting = [&waiting] { waiting.goOn(); },
+        .whenReplaced =
+            [&isReplaced] {
+                isReplaced = true;
+                QCoreApplication::quit();
+            },
     };
     if (invocation.supportFolder)
         options.supportFolder = supportFolder(invocation);
@@ -85,6 +91,9 @@ ExitStatus runWatch(const Invocation& invocation)
     WatchPrinter printer{live.model(), [&end] { end(); }};
     printer.printStart(live.isFirstStart());
     QCoreApplication::exec();
+    if (isReplaced)
+        throw CommandFailure{"another Tidemark has taken over, since the lock of "
+            + live.supportFolder().path() + " was removed"};
     printer.printEnd();
     return exitDone;
 }

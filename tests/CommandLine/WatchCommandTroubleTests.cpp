@@ -254,5 +254,85 @@ TEST_F(WatchCommandLog, NamesAFolderThatCannotBeReadOnce)
     });
 }
 
+/// Tidemark's own folder, in which somebody interferes.
+class WatchCommandOwnFolder : public WatchFixture {
+protected:
+    WatchCommandOwnFolder() { writeSettings(watching({"in"}, {filingPapers()})); }
+
+    /// Expects that no second one can run beside the first.
+    void expectToBeRefused() const
+    {
+        const Outcome second = run({"watch"});
+        EXPECT_EQ(second.status, 1);
+        EXPECT_THAT(second.error, HasSubstr("Tidemark is running already"));
+    }
+};
+
+TEST_F(WatchCommandOwnFolder, ASocketThatIsRemovedIsServedAgain)
+{
+    WatchProcess process{watch()};
+    process.readStart();
+    fs::remove(supportPath("socket"));
+    EXPECT_THAT(run({"pause"}).output, HasSubstr("paused"));
+    expectToBeRefused();
+    EXPECT_EQ(process.end(), 0);
+    EXPECT_FALSE(fs::exists(supportPath("socket")));
+}
+
+TEST_F(WatchCommandOwnFolder, WhatIsNoSocketIsToldAndLeftAlone)
+{
+    WatchProcess process{watch()};
+    process.readStart();
+    fs::rename(supportPath("socket"), supportPath("away"));
+    home().write("data/Tidemark/socket", "not ours");
+    const Outcome outcome = run({"pause"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.error, HasSubstr("not a socket"));
+    EXPECT_EQ(process.end(), 0);
+    EXPECT_EQ(home().read("data/Tidemark/socket"), "not ours");
+}
+
+TEST_F(WatchCommandOwnFolder, ALockThatIsRemovedIsTakenAgain)
+{
+    WatchProcess process{watch()};
+    process.readStart();
+    FileEvents arrivals{supportPath()};
+    fs::remove(supportPath("lock"));
+    arrivals.waitFor("socket");
+    expectToBeRefused();
+    EXPECT_THAT(run({"pause"}).output, HasSubstr("paused"));
+    EXPECT_EQ(process.end(), 0);
+}
+
+TEST_F(WatchCommandOwnFolder, AFolderThatIsRenamedIsMadeAgain)
+{
+    WatchProcess process{watch()};
+    process.readStart();
+    FileEvents arrivals{home().path("data")};
+    fs::rename(supportPath(), home().path("data/away"));
+    arrivals.waitFor("Tidemark");
+    EXPECT_THAT(run({"pause"}).output, HasSubstr("paused"));
+    expectToBeRefused();
+    EXPECT_EQ(process.end(), 0);
+}
+
+TEST_F(WatchCommandOwnFolder, WhereAnotherHasTakenOverItEnds)
+{
+    WatchProcess first{watch()};
+    first.readStart();
+    first.signal(SIGSTOP);
+    fs::remove(supportPath("lock"));
+    fs::remove(supportPath("socket"));
+    {
+        ProgramStart how = watch();
+        WatchProcess second{how};
+        second.readStart();
+        first.signal(SIGCONT);
+        EXPECT_EQ(first.wait(), 1);
+        EXPECT_EQ(second.end(), 0);
+    }
+    EXPECT_THAT(complaints(), HasSubstr("another Tidemark has taken over"));
+}
+
 }  // namespace
 }  // namespace tidemark
