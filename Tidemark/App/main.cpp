@@ -37,6 +37,12 @@ int fail(const std::string& reason, ExitStatus status)
     return status;
 }
 
+int print(const std::string& text)
+{
+    const bool isWritten = std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0;
+    return isWritten ? exitDone : fail("cannot write to standard output", exitFailed);
+}
+
 bool hasDisplay()
 {
     return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY")
@@ -173,10 +179,9 @@ int main(int argc, char* argv[])
         return fail(
             "unknown argument '" + *options.wrong + "' (see tidemark --help)", exitWrongUsage);
     if (options.mode == LaunchOptions::Mode::help)
-        return std::fputs(LaunchOptions::helpText().c_str(), stdout) < 0 ? exitFailed : exitDone;
+        return print(LaunchOptions::helpText());
     if (options.mode == LaunchOptions::Mode::version)
-        return std::printf("tidemark %s\n", AppModel::version().c_str()) < 0 ? exitFailed
-                                                                             : exitDone;
+        return print("tidemark " + AppModel::version() + '\n');
     if (options.isAutostart && isUnknownToUser())
         return exitDone;
     if (!hasDisplay())

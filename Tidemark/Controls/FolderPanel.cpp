@@ -43,8 +43,9 @@ std::vector<FileURL> FolderPanel::chooseFolders()
         QStringLiteral("Choose folders for Tidemark to keep tidy."), QDir::homePath()};
     m_dialog = &dialog;
     dialog.setFileMode(QFileDialog::Directory);
-    // The desktop's own dialogs let one choose a single folder.
-    dialog.setOptions(QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
+    // The desktop's own dialogs let one choose a single folder. Qt's would also delete folders for good.
+    dialog.setOptions(QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog
+        | QFileDialog::ReadOnly);
     dialog.setLabelText(QFileDialog::Accept, QStringLiteral("Add"));
     allowSeveral(dialog);
     if (dialog.exec() != QDialog::Accepted)

@@ -132,6 +132,15 @@ void requireTextPath(const std::string& path)
         throw CommandFailure{"cannot watch " + path + ": its path is not valid UTF-8"};
 }
 
+void requireNoSupportFolder(const Settings& settings, const Workspace& workspace)
+{
+    for (const WatchedFolder& folder : settings.folders) {
+        if (isSupportFolder(folder.path, workspace))
+            throw CommandFailure{
+                "cannot sweep " + folder.path + ": Tidemark keeps its own files there"};
+    }
+}
+
 bool isSupportFolder(const std::string& path, const Workspace& workspace)
 {
     std::error_code ignored;

@@ -1,5 +1,7 @@
 #include "PreviewReport.h"
 
+#include "FolderChanges.h"
+
 namespace tidemark {
 
 namespace {
@@ -41,6 +43,7 @@ PreviewReport previewSweep(Workspace& workspace, Date now, SweepObserver& observ
 {
     workspace.requireReadableSettings();
     SweepController& controller = workspace.controller();
+    requireNoSupportFolder(controller.settings(), workspace);
     return {.isPaused = controller.isPaused(),
         .watchesFolders = !controller.settings().folders.empty(),
         .rehearsal = controller.preview(now, &observer)};

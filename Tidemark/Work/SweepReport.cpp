@@ -1,6 +1,7 @@
 #include "SweepReport.h"
 
 #include "FailureText.h"
+#include "FolderChanges.h"
 #include "Text.h"
 
 #include <filesystem>
@@ -58,6 +59,7 @@ private:
 SweepReport sweepWithoutMemory(
     Workspace& workspace, const Settings& settings, Date now, SweepObserver& observer)
 {
+    requireNoSupportFolder(settings, workspace);
     FailureCollector collector{observer, workspace.journalURL()};
     SweepReport report{.watchesFolders = !settings.folders.empty(),
         .record = workspace.controller().sweep(settings, now, &collector)};

@@ -125,6 +125,26 @@ TEST_F(FoldersCommand, AddRefusesTheFolderOfTidemarksOwnFiles)
     EXPECT_THAT(watchedPaths(), ElementsAre(home().path("In")));
 }
 
+TEST_F(FoldersCommand, SettingsThatWatchTidemarksOwnFilesSweepNothing)
+{
+    Settings settings = watching({"in"}, {filingPapers()});
+    settings.gracePeriod = Seconds{0};
+    Rule everything = filingPapers();
+    everything.match.namePattern = "*";
+    settings.folders.push_back({.path = supportPath(""), .rules = {everything}});
+    writeSettings(settings);
+    home().write("in/a.pdf", "A");
+    const auto before = home().read("data/Tidemark/settings.json");
+
+    for (const char* command : {"sweep", "preview"}) {
+        const Outcome outcome = run({command});
+        EXPECT_EQ(outcome.status, 1) << command;
+        EXPECT_THAT(outcome.error, HasSubstr("Tidemark keeps its own files there")) << command;
+    }
+    EXPECT_EQ(home().read("data/Tidemark/settings.json"), before);
+    EXPECT_TRUE(home().holds("in/a.pdf"));
+}
+
 TEST_F(FoldersCommand, AddAndRemovePrintTheFoldersAsJSON)
 {
     home().makeFolder("a");
