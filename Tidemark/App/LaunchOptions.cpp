@@ -78,7 +78,7 @@ std::string LaunchOptions::helpText()
            "  --sweep         sweep now\n"
            "  --toggle-pause  pause sweeping, or resume it\n"
            "  --undo          undo the last sweep, and pause\n"
-           "  --autostart     start as at login: no window, nothing before the first run is done\n"
+           "  --autostart     start as at login, if it was ever started before\n"
            "  --service       start as the session bus does: without a window\n"
            "  -h, --help      show this help\n"
            "  -v, --version   show the version\n"

@@ -1,10 +1,10 @@
 #include "TidemarkApp.h"
 
+#include "FormWindow.h"
 #include "OnboardingView.h"
 
 #include <QCursor>
 #include <QGuiApplication>
-#include <QVBoxLayout>
 
 #include <chrono>
 
@@ -106,21 +106,21 @@ void TidemarkApp::openSettings()
 void TidemarkApp::openOnboarding()
 {
     if (!m_onboarding) {
-        m_onboarding = std::make_unique<QDialog>(nullptr,
-            Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint
-                | Qt::WindowCloseButtonHint);
-        m_onboarding->setWindowTitle(QStringLiteral("Welcome to Tidemark"));
-        m_onboarding->addActions({&m_menu.settingsAction(), &m_menu.quitAction()});
-        auto* layout = new QVBoxLayout{m_onboarding.get()};
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->setSizeConstraint(QLayout::SetFixedSize);
-        layout->addWidget(new OnboardingView{m_model, [this] {
-                                                 m_onboarding->close();
-                                                 if (!m_label.isShown())
-                                                     openMenuWindow();
-                                             }});
+        auto* view = new OnboardingView{m_model, [this] { endOnboarding(); }};
+        auto window = std::make_unique<FormWindow>(
+            QStringLiteral("Welcome to Tidemark"), view, OnboardingView::width);
+        window->addActions({&m_menu.settingsAction(), &m_menu.quitAction()});
+        window->centre();
+        m_onboarding = std::move(window);
     }
     m_onboardingFront.observe(m_onboarding.get());
+}
+
+void TidemarkApp::endOnboarding()
+{
+    m_onboarding->close();
+    if (!m_label.isShown())
+        openMenuWindow();
 }
 
 void TidemarkApp::openMenuWindow()

@@ -51,6 +51,7 @@ public:
 
 private:
     void showIcon();
+    void endOnboarding();
     void openMenuIfThereIsNothingElse();
     bool hasOpenWindow();
     MenuContent::Commands commands();

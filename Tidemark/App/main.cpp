@@ -1,7 +1,7 @@
+#include "ActivationRelay.h"
 #include "AlreadyRunning.h"
 #include "AppSupport.h"
 #include "ApplicationService.h"
-#include "Clock.h"
 #include "CommandFailure.h"
 #include "EndSignals.h"
 #include "FailureText.h"
@@ -10,7 +10,7 @@
 #include "LaunchOptions.h"
 #include "LinuxFileManager.h"
 #include "LiveModel.h"
-#include "SettingsStore.h"
+#include "StartWait.h"
 #include "Symbols.h"
 #include "Syslog.h"
 #include "TidemarkApp.h"
@@ -23,6 +23,7 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tidemark {
@@ -110,30 +111,41 @@ int runApplication(LiveModel& live, const LaunchOptions& options, const std::fun
     return QApplication::exec();
 }
 
-/// At login it starts for every user of the machine; nobody has asked for the window of the first run then.
+/// At login it starts for every user of the machine, also for those who have never started it themselves.
 bool isUnknownToUser()
 {
     try {
-        LinuxFileManager files;
-        const SystemClock clock;
         const FileURL settings = AppSupport::folder().appending("settings.json");
-        return !SettingsStore{settings, files, clock}.load().hasOnboarded;
+        return !LinuxFileManager{}.fileExists(settings);
     } catch (const std::runtime_error&) {
         return false;  // there is something, and the model deals with it
     }
 }
 
+int relayActivations(const FileURL& supportFolder)
+{
+    const ActivationRelay relay{
+        supportFolder, [](const std::string& reason) { tellFailure(reason, {}); }};
+    return QApplication::exec();
+}
+
 /// Of all that start, the one that gets the support folder stays.
-int runOrHandOver(const HandOver& handOver, std::function<void()>& quit)
+int runOrHandOver(const HandOver& handOver, const EndSignals& signals, std::function<void()>& quit)
 {
     FolderPanel folderPanel;
     Syslog syslog;
     try {
         bool isReplaced = false;
-        LiveModel live{{.folderChooser = folderPanel, .log = syslog, .whenReplaced = [&isReplaced] {
-                            isReplaced = true;
-                            QApplication::quit();
-                        }}};
+        std::optional<StartWait> wait{std::in_place, signals, handOver.options.isAwaited()};
+        LiveModel live{{.folderChooser = folderPanel,
+            .log = syslog,
+            .whileWaiting = [&wait] { wait->goOn(); },
+            .whenReplaced =
+                [&isReplaced] {
+                    isReplaced = true;
+                    QApplication::quit();
+                }}};
+        wait.reset();
         quit = [&live] { live.stop([] { QApplication::quit(); }); };
         const int status = runApplication(live, handOver.options, quit);
         if (isReplaced)
@@ -141,6 +153,8 @@ int runOrHandOver(const HandOver& handOver, std::function<void()>& quit)
                 + live.supportFolder().path() + " was removed"};
         return status;
     } catch (const AlreadyRunning& other) {
+        if (handOver.options.isService)
+            return relayActivations(other.supportFolder());
         handOver.carryOut(other.supportFolder());
         return exitDone;
     }
@@ -160,7 +174,7 @@ int run(int& argc, char** argv, const LaunchOptions& options)
         quit();
     }};
     try {
-        return runOrHandOver(handOver, quit);
+        return runOrHandOver(handOver, signals, quit);
     } catch (const std::runtime_error& error) {
         return tellFailure(failureText(error), options);
     }

@@ -31,6 +31,8 @@ void BringToFront::front()
 {
     if (!m_window)
         return;
+    if (isOutOfReach())
+        m_window->hide();
     if (m_window->isMinimized())
         m_window->showNormal();
     else
@@ -38,6 +40,13 @@ void BringToFront::front()
     m_window->raise();
     m_window->activateWindow();
     m_patience.start();
+}
+
+bool BringToFront::isOutOfReach() const
+{
+    return QGuiApplication::platformName().startsWith(QStringLiteral("wayland"))
+        && m_window->isVisible() && !m_window->isActiveWindow()
+        && qEnvironmentVariableIsEmpty("XDG_ACTIVATION_TOKEN");
 }
 
 bool BringToFront::eventFilter(QObject* object, QEvent* event)

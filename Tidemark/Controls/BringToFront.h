@@ -11,7 +11,8 @@ namespace tidemark {
 /// without a main window does not get by itself.
 ///
 /// Where the desktop lets nobody take the focus, the window demands attention instead. On Wayland an activation
-/// token in $XDG_ACTIVATION_TOKEN is spent.
+/// token in $XDG_ACTIVATION_TOKEN is spent; without one, where no request of Qt's has any effect, the window is shown
+/// anew, since most desktops give the focus to new windows.
 class BringToFront : public QObject {
 public:
     explicit BringToFront(QObject* parent);
@@ -26,6 +27,7 @@ public:
     bool eventFilter(QObject* object, QEvent* event) override;
 
 private:
+    bool isOutOfReach() const;
     void demandAttention();
 
     QPointer<QWidget> m_window;

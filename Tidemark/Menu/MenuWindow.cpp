@@ -176,8 +176,17 @@ void MenuWindow::keyPressEvent(QKeyEvent* event)
         focusNextPrevChild(true);
     else if (event->key() == Qt::Key_Up)
         focusNextPrevChild(false);
+    else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        pressFocused();
     else
         QDialog::keyPressEvent(event);
+}
+
+/// As in a menu; to a button, Return means nothing on many desktops.
+void MenuWindow::pressFocused()
+{
+    if (auto* row = dynamic_cast<Row*>(focusWidget()))
+        row->click();
 }
 
 /// Rows of actions that stay are kept, with the focus.

@@ -27,6 +27,7 @@ protected:
 
 private:
     void rebuild();
+    void pressFocused();
 
     QMenu& m_menu;
     QVBoxLayout* m_layout;

@@ -1,5 +1,7 @@
 #include "TrayHost.h"
 
+#include "EmbeddingTray.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -33,7 +35,15 @@ TrayHost::TrayHost(QObject* parent)
     : QObject(parent)
 {
     m_patience.setSingleShot(true);
-    QObject::connect(&m_patience, &QTimer::timeout, this, [this] { settleFor(Kind::embedding); });
+    QObject::connect(&m_patience, &QTimer::timeout, this, [this] { patienceEnded(); });
+    if (hasX11())
+        QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
+TrayHost::~TrayHost()
+{
+    if (QCoreApplication::instance())
+        QCoreApplication::instance()->removeNativeEventFilter(this);
 }
 
 void TrayHost::start(std::chrono::milliseconds patience)
@@ -86,6 +96,22 @@ void TrayHost::answered(bool isRegistered)
         m_patience.start();
     else
         Q_EMIT missing();
+}
+
+void TrayHost::patienceEnded()
+{
+    m_takesEmbedding = true;
+    if (EmbeddingTray::isThere())
+        settleFor(Kind::embedding);
+    else
+        Q_EMIT missing();
+}
+
+bool TrayHost::nativeEventFilter(const QByteArray& type, void* message, qintptr* /*result*/)
+{
+    if (m_takesEmbedding && m_kind == Kind::none && EmbeddingTray::isArrival(type, message))
+        settleFor(Kind::embedding);
+    return false;
 }
 
 void TrayHost::settleFor(Kind kind)

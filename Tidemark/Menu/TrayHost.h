@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractNativeEventFilter>
 #include <QObject>
 #include <QTimer>
 
@@ -11,9 +12,10 @@ namespace tidemark {
 ///
 /// Qt decides how it shows them at the first call to QSystemTrayIcon, and for good: by StatusNotifierItem if a
 /// host of such items is registered at that moment, else by XEmbed where there is X11, else not at all. So that
-/// call waits for `found`. On X11, where no host comes in some time, XEmbed is what is left; elsewhere a host is
-/// waited for as long as it takes. For the main thread.
-class TrayHost : public QObject {
+/// call waits for `found`. On X11, where no host comes in some time, a panel that embeds icons will do (System Tray
+/// Protocol Specification of freedesktop.org). Otherwise either is waited for, as long as it takes. For the main
+/// thread.
+class TrayHost : public QObject, private QAbstractNativeEventFilter {
     Q_OBJECT
 
 public:
@@ -24,6 +26,7 @@ public:
     };
 
     explicit TrayHost(QObject* parent = nullptr);
+    ~TrayHost() override;
 
     /// Begins to look; what it finds is told later, from the event loop. A panel that starts together with the
     /// session may need `patience`.
@@ -45,10 +48,15 @@ private Q_SLOTS:
 private:
     void listen();
     void answered(bool isRegistered);
+    void patienceEnded();
     void settleFor(Kind kind);
+
+    /// Hears of a panel for embedded icons that begins.
+    bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
 
     Kind m_kind = Kind::none;
     bool m_didTellMissing = false;
+    bool m_takesEmbedding = false;  ///< No longer waits for something better.
     QTimer m_patience;
 };
 

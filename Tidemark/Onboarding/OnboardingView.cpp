@@ -1,6 +1,5 @@
 #include "OnboardingView.h"
 
-#include "LayoutOrder.h"
 #include "SecondaryColour.h"
 #include "SymbolLabel.h"
 
@@ -14,7 +13,7 @@ namespace tidemark {
 
 namespace {
 
-constexpr int textWidth = 430;
+constexpr int margin = 28;
 
 QLabel* makeText(const QString& text)
 {
@@ -88,7 +87,6 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> dismiss)
     buttons->addWidget(m_start);
 
     auto* layout = new QVBoxLayout{this};
-    constexpr int margin = 28;
     layout->setContentsMargins(margin, margin, margin, margin);
     layout->setSpacing(18);
     layout->addLayout(head);
@@ -101,8 +99,6 @@ OnboardingView::OnboardingView(AppModel& model, std::function<void()> dismiss)
             "Turn on Markdown sorting for a folder and notes file themselves by their "
             "front-matter."))));
     layout->addLayout(buttons);
-    setFixedWidth(textWidth + 2 * margin);
-    orderAsLaidOut(*this);
     startOnReturn();
 }
 

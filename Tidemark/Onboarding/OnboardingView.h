@@ -13,6 +13,9 @@ namespace tidemark {
 /// Says what Tidemark will do, and lets the user add folders and start.
 class OnboardingView : public QWidget {
 public:
+    /// Of its window, in device-independent pixels.
+    static constexpr int width = 486;
+
     /// `model` outlives it. `dismiss` closes the window once the user has started.
     OnboardingView(AppModel& model, std::function<void()> dismiss);
 

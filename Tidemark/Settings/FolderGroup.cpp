@@ -5,6 +5,8 @@
 #include "WatchedFolderRow.h"
 
 #include <QHBoxLayout>
+#include <QStyleOptionToolButton>
+#include <QStylePainter>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -12,10 +14,27 @@
 
 namespace tidemark {
 
+namespace {
+
+/// An arrow that is as flat when the rules are shown as when they are not; a button that stays down looks pressed.
+class Disclosure final : public QToolButton {
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        QStyleOptionToolButton option;
+        initStyleOption(&option);
+        if (!isDown())
+            option.state &= ~(QStyle::State_On | QStyle::State_Sunken);
+        QStylePainter{this}.drawComplexControl(QStyle::CC_ToolButton, option);
+    }
+};
+
+}  // namespace
+
 FolderGroup::FolderGroup(AppModel& model, const WatchedFolderInfo& info)
     : m_model(model)
     , m_info(info)
-    , m_disclosure(new QToolButton)
+    , m_disclosure(new Disclosure)
     , m_row(new WatchedFolderRow{model, info})
     , m_layout(new QVBoxLayout{this})
 {
@@ -98,7 +117,7 @@ void FolderGroup::makeContent()
     }
     m_markdown = new ToggleRow;
     rows->addWidget(m_markdown);
-    QObject::connect(&m_markdown->toggle(), &QCheckBox::clicked, this,
+    QObject::connect(&m_markdown->toggle(), &QCheckBox::toggled, this,
         [this](bool sorts) { m_model.setSortsMarkdown(path(), sorts); });
     m_layout->addWidget(m_content);
     m_content->setVisible(isDisclosed());

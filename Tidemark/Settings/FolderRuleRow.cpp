@@ -11,7 +11,7 @@ FolderRuleRow::FolderRuleRow(AppModel& model, std::string folderPath, const Rule
     , m_folderPath(std::move(folderPath))
     , m_rule(rule.id)
 {
-    QObject::connect(&toggle(), &QCheckBox::clicked, this,
+    QObject::connect(&toggle(), &QCheckBox::toggled, this,
         [this](bool isOn) { m_model.editRule(m_folderPath, m_rule, isOn); });
     show(rule);
 }

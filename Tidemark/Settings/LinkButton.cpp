@@ -34,7 +34,7 @@ void LinkButton::paintEvent(QPaintEvent* /*event*/)
     underlined.setUnderline(true);
     painter.setFont(underlined);
     painter.setPen(palette().color(QPalette::Link));
-    painter.drawText(rect(), Qt::AlignCenter, text());
+    painter.drawText(rect(), Qt::AlignLeading | Qt::AlignVCenter, text());
     if (!hasFocus())
         return;
     QStyleOptionFocusRect option;

@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -98,7 +99,7 @@ FormSection* SettingsView::makeMarkdown()
     m_subfolder = new QLineEdit;
     m_subfolder->setAccessibleName(label->text());
     label->setBuddy(m_subfolder);
-    QObject::connect(m_subfolder, &QLineEdit::textEdited, this,
+    QObject::connect(m_subfolder, &QLineEdit::textChanged, this,
         [this](const QString& text) { m_model.setMarkdownSubfolder(text.toStdString()); });
     section->addRow(inOneLine({label, m_subfolder}));
     section->addRow(makeHelp(QStringLiteral(
@@ -188,6 +189,7 @@ void SettingsView::showSettings()
     const Settings& settings = m_model.settings();
     const QString subfolder = QString::fromStdString(settings.markdownSubfolder);
     if (m_subfolder->text() != subfolder) {
+        const QSignalBlocker quiet{m_subfolder};
         const int caret = m_subfolder->cursorPosition();
         m_subfolder->setText(subfolder);
         m_subfolder->setCursorPosition(caret);

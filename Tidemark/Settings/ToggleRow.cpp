@@ -5,6 +5,8 @@
 #include "SymbolLabel.h"
 
 #include <QHBoxLayout>
+#include <QLabel>
+#include <QSignalBlocker>
 #include <QVBoxLayout>
 
 namespace tidemark {
@@ -31,7 +33,10 @@ void ToggleRow::show(const Content& content)
     m_symbol->setSymbol(content.symbol);
     m_title->setText(content.title);
     showLines(content.lines);
-    m_toggle->setChecked(content.isOn);
+    {
+        const QSignalBlocker quiet{m_toggle};
+        m_toggle->setChecked(content.isOn);
+    }
     m_toggle->setAccessibleName(content.title + QStringLiteral(", ") + content.place);
     m_toggle->setAccessibleDescription(content.lines.join(QStringLiteral(". ")));
 }
@@ -44,9 +49,12 @@ void ToggleRow::showLines(const QStringList& lines)
         m_lines.pop_back();
     }
     while (m_lines.size() < count) {
-        m_lines.push_back(new ElidedLabel{Qt::ElideRight});
-        useSecondaryColour(*m_lines.back());
-        m_texts->addWidget(m_lines.back());
+        auto* line = new QLabel;
+        line->setTextFormat(Qt::PlainText);
+        line->setWordWrap(true);
+        useSecondaryColour(*line);
+        m_texts->addWidget(line);
+        m_lines.push_back(line);
     }
     for (std::size_t index = 0; index < count; ++index)
         m_lines.at(index)->setText(lines.at(static_cast<qsizetype>(index)));

@@ -6,6 +6,7 @@
 
 #include <vector>
 
+class QLabel;
 class QVBoxLayout;
 
 namespace tidemark {
@@ -27,7 +28,7 @@ public:
     };
     void show(const Content& content);
 
-    /// Its `clicked` is the user's doing.
+    /// Its `toggled` is the user's doing, by whatever means: a screen reader does not click.
     QCheckBox& toggle() { return *m_toggle; }
 
 private:
@@ -36,7 +37,7 @@ private:
     SymbolLabel* m_symbol;
     QVBoxLayout* m_texts;
     ElidedLabel* m_title;
-    std::vector<ElidedLabel*> m_lines;
+    std::vector<QLabel*> m_lines;
     QCheckBox* m_toggle;
 };
 

@@ -7,10 +7,21 @@
 #include "SymbolLabel.h"
 
 #include <QHBoxLayout>
+#include <QMouseEvent>
 #include <QToolButton>
 #include <QVBoxLayout>
 
 namespace tidemark {
+
+namespace {
+
+/// With the first click of a double click a folder goes, and the next one takes its place under the pointer.
+class RemoveButton final : public QToolButton {
+protected:
+    void mouseDoubleClickEvent(QMouseEvent* event) override { event->accept(); }
+};
+
+}  // namespace
 
 WatchedFolderRow::WatchedFolderRow(AppModel& model, const WatchedFolderInfo& info)
     : m_model(model)
@@ -29,7 +40,7 @@ WatchedFolderRow::WatchedFolderRow(AppModel& model, const WatchedFolderInfo& inf
     texts->addWidget(name);
     texts->addWidget(path);
 
-    auto* remove = new QToolButton;
+    auto* remove = new RemoveButton;
     remove->setAutoRaise(true);
     remove->setIcon(symbolIcon(QStringLiteral("minus.circle.fill"), SymbolTone::secondary));
     remove->setToolTip(QStringLiteral("Stop watching this folder"));

@@ -1,4 +1,5 @@
 #include "FolderPanel.h"
+#include "ScopedEnvironment.h"
 #include "TemporaryFolder.h"
 
 #include <QApplication>
@@ -46,6 +47,29 @@ TEST(FolderPanel, IsForChoosingFoldersAndDeletesNone)
     EXPECT_TRUE(panel.chooseFolders().empty());
     EXPECT_TRUE(wasAsked);
     EXPECT_TRUE(home.holds("Precious/photo.jpg"));
+}
+
+TEST(FolderPanel, DoesNotTakeTheWholeHomeWhenNothingIsChosen)
+{
+    const TemporaryFolder home;
+    const ScopedEnvironment whose{"HOME", home.path()};
+    home.makeFolder("Pictures");
+    FolderPanel panel;
+    bool wasOpen = false;
+    QTimer::singleShot(0, [&] {
+        QFileDialog* dialog = openDialog();
+        ASSERT_NE(dialog, nullptr);
+        QMetaObject::invokeMethod(dialog, "accept");
+        wasOpen = dialog->isVisible();
+        dialog->selectFile("Pictures");
+        QMetaObject::invokeMethod(dialog, "accept");
+        if (dialog->isVisible())
+            dialog->reject();
+    });
+    const std::vector<FileURL> chosen = panel.chooseFolders();
+    EXPECT_TRUE(wasOpen);
+    ASSERT_EQ(chosen.size(), 1U);
+    EXPECT_EQ(chosen.front().path(), home.path("Pictures"));
 }
 
 }  // namespace tidemark

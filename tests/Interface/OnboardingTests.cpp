@@ -1,4 +1,5 @@
 #include "InterfaceFixture.h"
+#include "OnboardingView.h"
 
 #include <QPushButton>
 #include <QTest>
@@ -21,7 +22,7 @@ TEST_F(Onboarding, ComesByItselfOnAFirstRun)
     ASSERT_TRUE(isShown());
     EXPECT_EQ(window().windowTitle(), "Welcome to Tidemark");
     EXPECT_TRUE(window().isActiveWindow());
-    EXPECT_THAT(shownTexts(window()),
+    EXPECT_THAT(shownTexts(*allOf<OnboardingView>(window()).at(0)),
         ElementsAre("Welcome to Tidemark", "Your Desktop and Downloads, under control.",
             "Screenshots get named and filed automatically.",
             "Old installers are cleaned up once you're done with them.",

@@ -7,6 +7,7 @@
 #include "Stepper.h"
 #include "SymbolLabel.h"
 
+#include <QAccessible>
 #include <QCheckBox>
 #include <QLineEdit>
 #include <QPushButton>
@@ -110,6 +111,16 @@ TEST_F(SettingsWindowTest, FoldersAreAddedAndRemovedAndStayDisclosed)
     EXPECT_TRUE(named<QToolButton>("Rules of b").isChecked());
     EXPECT_FALSE(named<QToolButton>("Rules of c").isChecked());
     EXPECT_EQ(named<QToolButton>("Stop watching b").toolTip(), "Stop watching this folder");
+}
+
+TEST_F(SettingsWindowTest, ADoubleClickRemovesOneFolder)
+{
+    open(watching({"a", "b", "c"}));
+    click(named<QToolButton>("Stop watching a"));
+    QTest::mouseDClick(&named<QToolButton>("Stop watching b"), Qt::LeftButton);
+    runPending();
+    // The second press of a double click comes to the row that has moved up, as this event alone.
+    EXPECT_EQ(savedSettings().folders.size(), 2U);
 }
 
 TEST_F(SettingsWindowTest, ItFollowsWhatIsChangedElsewhere)
@@ -281,11 +292,28 @@ TEST_F(SettingsWindowTest, AScreenReaderGoesFromTopToBottom)
     ASSERT_GE(all.end() - begin, 15);
     const std::vector<std::string> folders{begin, begin + 15};
     EXPECT_THAT(folders,
-        ElementsAre("Rules of a", "a", "~/a", "Access granted", "Stop watching a",
-            "File papers", "Filed away", "File papers, a", "Sort Markdown files",
-            "Organize .md by front-matter", "Sort Markdown files, a", "Rules of b", "b",
-            "~/b", "Access granted"));
+        ElementsAre("Rules of a", "a", "~/a", "Access granted", "Stop watching a", "File papers",
+            "Filed away", "File papers, a", "Sort Markdown files", "Organize .md by front-matter",
+            "Sort Markdown files, a", "Rules of b", "b", "~/b", "Access granted"));
     EXPECT_LT(std::ranges::find(all, "Stop watching b"), std::ranges::find(all, "Add folder…"));
+}
+
+TEST_F(SettingsWindowTest, WhatAScreenReaderChangesIsSaved)
+{
+    open(watching({"a"}, {filingPapers()}));
+    click(named<QToolButton>("Rules of a"));
+    const auto toggle = [](QWidget& widget) {
+        QAccessible::queryAccessibleInterface(&widget)->actionInterface()->doAction(
+            QAccessibleActionInterface::toggleAction());
+    };
+    toggle(named<QCheckBox>("File papers, a"));
+    EXPECT_FALSE(savedSettings().folders.at(0).rules.at(0).isEnabled);
+    toggle(named<QCheckBox>("Sort Markdown files, a"));
+    EXPECT_TRUE(savedSettings().folders.at(0).sortsMarkdown);
+    QAccessible::queryAccessibleInterface(&subfolder())
+        ->editableTextInterface()
+        ->replaceText(0, 5, "Zettel");
+    EXPECT_EQ(savedSettings().markdownSubfolder, "Zettel");
 }
 
 TEST_F(SettingsWindowTest, GrowingItStaysOnTheScreen)

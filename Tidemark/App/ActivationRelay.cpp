@@ -1,0 +1,40 @@
+#include "ActivationRelay.h"
+
+#include "FailureText.h"
+
+#include <QCoreApplication>
+
+#include <chrono>
+
+namespace tidemark {
+
+ActivationRelay::ActivationRelay(
+    FileURL supportFolder, std::function<void(const std::string&)> tellFailure)
+    : m_supportFolder(std::move(supportFolder))
+    , m_tellFailure(std::move(tellFailure))
+    , m_service({
+          .bringForward =
+              [this](
+                  const std::string& token) { passOn({.options = {}, .activationToken = token}); },
+          .perform = [this](AppAction action) { passOn({.options = {.action = action}}); },
+      })
+{
+    using namespace std::chrono_literals;
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(3s);
+    QObject::connect(&m_patience, &QTimer::timeout, &m_patience, [] { QCoreApplication::quit(); });
+    m_patience.start();
+}
+
+void ActivationRelay::passOn(const HandOver& handOver)
+{
+    m_patience.stop();
+    try {
+        handOver.carryOut(m_supportFolder);
+    } catch (const std::runtime_error& error) {
+        m_tellFailure(failureText(error));
+    }
+    m_patience.start();
+}
+
+}  // namespace tidemark

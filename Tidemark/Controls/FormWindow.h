@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QDialog>
+
+namespace tidemark {
+
+/// A window for a form: as high as that, up to what the screen has room for; then it scrolls. Titled and closable
+/// only, and nobody resizes it.
+class FormWindow : public QDialog {
+public:
+    /// `width` is in device-independent pixels. `form` belongs to the window then.
+    FormWindow(const QString& title, QWidget* form, int width);
+
+    void centre();
+
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void followForm();
+    void fitHeight();
+    void keepOnScreen();
+
+    QWidget* m_form;
+    const int m_width;
+};
+
+}  // namespace tidemark
