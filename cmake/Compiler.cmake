@@ -18,6 +18,8 @@ target_compile_options(tidemark_compiler INTERFACE
     -Wconversion -Wsign-conversion -Wnull-dereference -Wformat=2 -Wimplicit-fallthrough)
 target_compile_definitions(tidemark_compiler INTERFACE
     _FILE_OFFSET_BITS=64 QT_NO_KEYWORDS QT_NO_FOREACH QT_NO_CAST_FROM_BYTEARRAY QT_NO_CAST_TO_ASCII)
+# A room's libraries come along with it, also into a program that uses nothing of them: tidemarkctl has no network.
+target_link_options(tidemark_compiler INTERFACE -Wl,--as-needed)
 if(TIDEMARK_WARNINGS_AS_ERRORS)
     target_compile_options(tidemark_compiler INTERFACE -Werror)
 endif()

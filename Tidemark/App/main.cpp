@@ -9,10 +9,12 @@
 #include "LaunchOptions.h"
 #include "LinuxFileManager.h"
 #include "LiveModel.h"
+#include "LiveUpdates.h"
 #include "SettingsStore.h"
 #include "Symbols.h"
 #include "Syslog.h"
 #include "TidemarkApp.h"
+#include "UpdateError.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -104,13 +106,30 @@ bool isUnknownToUser()
     }
 }
 
+/// For as long as nothing is there that can replace the application: says so.
+class NoInstaller final : public UpdateInstaller {
+public:
+    void install(const UpdateInfo& /*update*/, Progress /*progress*/, Done done) override
+    {
+        const auto tell = [done = std::move(done)] {
+            done(std::make_exception_ptr(UpdateError{
+                UpdateError::Case::readOnlyLocation, "this build cannot replace itself"}));
+        };
+        QMetaObject::invokeMethod(QCoreApplication::instance(), tell, Qt::QueuedConnection);
+    }
+};
+
 /// Of all that start, the one that gets the support folder stays.
 int runOrHandOver(const HandOver& handOver, std::function<void()>& quit)
 {
     FolderPanel folderPanel;
     Syslog syslog;
+    NoInstaller installer;
+    LiveUpdates updates{installer};
     try {
-        LiveModel live{{.folderChooser = folderPanel, .log = syslog}};
+        LiveModel live{{.folderChooser = folderPanel,
+            .log = syslog,
+            .updates = updates.services([&quit] { quit(); })}};
         quit = [&live] { live.stop([] { QApplication::quit(); }); };
         return runApplication(live, handOver.options, quit);
     } catch (const AlreadyRunning&) {

@@ -74,7 +74,8 @@ AppModel& ModelTest::start(AppModel::Initiative initiative)
             .alarm = m_alarm,
             .log = m_log,
             .time = m_time,
-            .ownChanges = m_ownChanges},
+            .ownChanges = m_ownChanges,
+            .updates = m_updateServices},
         AppModel::Options{
             .initiative = initiative, .looksAtLaunch = m_looksAtLaunch, .watchBackend = m_backend});
     QObject::connect(m_model.get(), &AppModel::swept, m_model.get(), [this] { ++m_sweeps; });

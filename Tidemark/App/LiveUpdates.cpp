@@ -1,0 +1,25 @@
+#include "LiveUpdates.h"
+
+#include "UpdateSettings.h"
+
+namespace tidemark {
+
+LiveUpdates::LiveUpdates(UpdateInstaller& installer)
+    : m_installer(installer)
+    , m_finder(QUrl{QString::fromUtf8(UpdateSettings::feed)})
+    , m_defaults(UserDefaults::file())
+{
+}
+
+UpdateServices LiveUpdates::services(std::function<void()> quit)
+{
+    return {.finder = m_finder,
+        .alerts = m_alerts,
+        .installer = m_installer,
+        .defaults = m_defaults,
+        .countdown = m_countdown,
+        .downloadPage = UpdateSettings::downloadPage,
+        .quit = std::move(quit)};
+}
+
+}  // namespace tidemark
