@@ -32,6 +32,8 @@ endif()
 if(TARGET tidemark)
     # The icon may be looked for in hicolor only where that theme is.
     set(CPACK_DEBIAN_PACKAGE_DEPENDS hicolor-icon-theme)
+    # Which web servers are to be trusted with updates.
+    set(CPACK_DEBIAN_PACKAGE_RECOMMENDS ca-certificates)
     set(conffiles "${CMAKE_CURRENT_BINARY_DIR}/conffiles")
     file(WRITE "${conffiles}" "/etc/xdg/autostart/io.tidemark.Tidemark.desktop\n")
     if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
