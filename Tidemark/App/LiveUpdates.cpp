@@ -6,7 +6,8 @@ namespace tidemark {
 
 LiveUpdates::LiveUpdates(UpdateInstaller& installer)
     : m_installer(installer)
-    , m_finder(QUrl{QString::fromUtf8(UpdateSettings::feed)})
+    // This very program, also when its file has been replaced meanwhile.
+    , m_finder(QStringLiteral("/proc/self/exe"), {QStringLiteral("--read-update-feed")}, {})
     , m_defaults(UserDefaults::file())
 {
 }

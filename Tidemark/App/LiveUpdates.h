@@ -1,7 +1,7 @@
 #pragma once
 
 #include "BootTimeCountdown.h"
-#include "FeedUpdateFinder.h"
+#include "ProcessUpdateFinder.h"
 #include "UpdateAlertPanel.h"
 #include "UpdateServices.h"
 #include "UserDefaults.h"
@@ -22,7 +22,7 @@ public:
 
 private:
     UpdateInstaller& m_installer;
-    FeedUpdateFinder m_finder;
+    ProcessUpdateFinder m_finder;
     UpdateAlertPanel m_alerts;
     UserDefaults m_defaults;
     BootTimeCountdown m_countdown;

@@ -4,6 +4,7 @@
 #include "Clock.h"
 #include "EndSignals.h"
 #include "FailureText.h"
+#include "FeedReader.h"
 #include "FolderPanel.h"
 #include "HandOver.h"
 #include "LaunchOptions.h"
@@ -175,6 +176,8 @@ int main(int argc, char* argv[])
     if (options.mode == LaunchOptions::Mode::version)
         return std::printf("tidemark %s\n", AppModel::version().c_str()) < 0 ? exitFailed
                                                                              : exitDone;
+    if (options.mode == LaunchOptions::Mode::readUpdateFeed)
+        return readUpdateFeed(argc, argv);
     if (options.isAutostart && isUnknownToUser())
         return exitDone;
     if (!hasDisplay())

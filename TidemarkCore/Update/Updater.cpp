@@ -3,6 +3,7 @@
 #include "DecodingError.h"
 #include "JSONDecoder.h"
 #include "JSONDocument.h"
+#include "JSONEncoder.h"
 
 #include <algorithm>
 #include <charconv>
@@ -92,6 +93,17 @@ std::optional<UpdateInfo> Updater::updateIn(std::string feed, std::string_view c
         // A feed that cannot be read announces nothing.
     }
     return {};
+}
+
+std::string Updater::announcementOf(const UpdateInfo& update)
+{
+    JSONEncoder encoder;
+    encoder.object([&] {
+        encoder.member("notes", update.notes);
+        encoder.member("url", update.downloadURL.toString(QUrl::FullyEncoded).toStdString());
+        encoder.member("version", update.version);
+    });
+    return encoder.takeText();
 }
 
 std::unique_ptr<UpdateCheck> Updater::check(const QUrl& manifest, std::string currentVersion,

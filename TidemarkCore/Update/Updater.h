@@ -30,6 +30,9 @@ bool isNewer(std::string_view a, std::string_view b);
 /// counts. Notes that are missing, or no string, are empty. Throws nothing but bad_alloc.
 std::optional<UpdateInfo> updateIn(std::string feed, std::string_view currentVersion);
 
+/// The text of a feed that announces `update`. Throws invalid_argument for text that is not UTF-8.
+std::string announcementOf(const UpdateInfo& update);
+
 /// Fetches the feed at `manifest`, an https URL, and tells `done` once, from the event loop, which newer version
 /// it announces.
 ///

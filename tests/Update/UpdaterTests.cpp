@@ -255,6 +255,18 @@ TEST(Updater, OnlyHttpsAddressesAreTaken)
         EXPECT_FALSE(with(url)) << url;
 }
 
+TEST(Updater, AnAnnouncementReadsBackAsItWas)
+{
+    for (const std::string& feed :
+        {wholeFeed, std::string{R"({"version": "+2..-1.\u0000\"rc", "notes": "a\nb\u2028", "url":
+                 "https://u:p@[::1]:8443/a%20b%2Fc?d=%26#e"})"},
+            std::string{R"({"version": "1.3", "url": "https://b\u00fccher.example/\u00fc"})"}}) {
+        const auto update = in(feed);
+        ASSERT_TRUE(update);
+        EXPECT_EQ(in(Updater::announcementOf(*update)), update);
+    }
+}
+
 TEST(Updater, AnEscapedFeedReadsLikeAPlainOne)
 {
     EXPECT_EQ(in(R"({"\u0076ersion": "\u0031.3", "url": "https:\u002F\u002Fexample.org\/update.zip",
