@@ -50,6 +50,8 @@ bool staysInside(std::string_view path, std::string_view target, int depth)
     if (!isShort(target) || target.starts_with('/'))
         return false;
     auto level = std::ranges::count(path, '/');
+    if (level < depth)
+        return false;
     // Where a link in the middle leads elsewhere, ".." after it would mean another folder than the text says:
     // so ".." may stand at the begin only.
     bool hasDescended = false;

@@ -7,7 +7,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -94,7 +94,8 @@ pid_t start(const std::vector<std::string>& command, Session session)
 int wait(pid_t process, int stop, int seconds)
 {
     constexpr int milliseconds = 1000;
-    const FileDescriptor end{::pidfd_open(process, 0)};
+    // By the number of the call: the header of glibc 2.36 declares the function for C only.
+    const FileDescriptor end{static_cast<int>(::syscall(SYS_pidfd_open, process, 0U))};
     if (end.isOpen()) {
         std::array<pollfd, 2> both{pollfd{.fd = end.get(), .events = POLLIN, .revents = 0},
             pollfd{.fd = stop, .events = POLLIN, .revents = 0}};

@@ -66,7 +66,7 @@ rm -rf "${0%.sh}" "$0"
 setsid "$2/bin/tidemark" </dev/null >/dev/null 2>&1 &)";
 }
 
-void launch(const FileURL& script, const FileURL& newBundle, const FileURL& installedBundle,
+pid_t launch(const FileURL& script, const FileURL& newBundle, const FileURL& installedBundle,
     pid_t pid, const std::string& scopeTool)
 {
     write(script, pid);
@@ -74,7 +74,7 @@ void launch(const FileURL& script, const FileURL& newBundle, const FileURL& inst
         "/bin/sh", script.path(), newBundle.path(), installedBundle.path()};
     if (hasScopes(scopeTool))
         command = inScope(scopeTool, std::move(command));
-    Subprocess::start(command, Subprocess::Session::own);
+    return Subprocess::start(command, Subprocess::Session::own);
 }
 
 }  // namespace tidemark::SwapScript

@@ -21,11 +21,12 @@ std::string text(pid_t pid);
 
 /// Writes the script to `script`, a file for the user alone, and starts it such that it outlives this process,
 /// its session, and where systemd manages the user's programs, its unit, whose end would kill it. The restarted
-/// application has this process's environment. Not waited for. Throws filesystem_error and system_error.
+/// application has this process's environment. Returns the process, which nobody has to wait for. Throws
+/// filesystem_error and system_error.
 ///
 /// `scopeTool` is systemd-run(1). It is tried out first: where it cannot reach a user manager, or is not there,
 /// the script starts without it.
-void launch(const FileURL& script, const FileURL& newBundle, const FileURL& installedBundle,
+pid_t launch(const FileURL& script, const FileURL& newBundle, const FileURL& installedBundle,
     pid_t pid, const std::string& scopeTool = "systemd-run");
 
 }  // namespace SwapScript
