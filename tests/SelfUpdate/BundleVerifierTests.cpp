@@ -98,8 +98,12 @@ TEST_F(BundleVerifierTest, RefusesABundleThatIsNotAsItWasSigned)
             "another content"},
         {"a missing file", [](Bundle b) { fs::remove(b.path("share/doc/copyright")); }, "missing"},
         {"an additional file", [](Bundle b) { b.write("share/more", "x"); }, "one too many"},
-        {"an additional file in a folder of its own", [](Bundle b) { b.write("lib/x.so", "x"); },
-            "has another mode"},
+        {"an additional file in a folder of its own",
+            [](Bundle b) {
+                b.write("lib/x.so", "x");
+                ::chmod(b.path("lib").c_str(), 0755);
+            },
+            "one too many"},
         {"an additional file beside the signature", [](Bundle b) { b.write("Signature/x", ""); },
             "one too many"},
         {"an empty folder",

@@ -23,6 +23,10 @@ namespace tidemark::ArchiveInspection {
 namespace {
 
 constexpr std::string_view zipMagic = "PK\x03\x04";
+constexpr std::string_view endMagic =
+    "PK\x05\x06";  // of "end of central directory", APPNOTE.TXT 4.3.16
+constexpr std::size_t endSize = 22;
+constexpr std::string_view noComment{"\0\0", 2};
 constexpr std::size_t blockSize = 64 << 10;
 constexpr mode_t mostPermissions = 0777;
 constexpr int bundleDepth = 1;  // a link may lead to its bundle, not beside it
@@ -43,15 +47,32 @@ using Reader = std::unique_ptr<archive, Closer>;
     refuse(reason ? reason : "it cannot be read");
 }
 
-void requireZipMagic(const FileDescriptor& file, const FileURL& url)
+/// `size` bytes at `offset`, or fewer at the end of the file.
+std::string bytesAt(const FileDescriptor& file, off_t offset, std::size_t size, const FileURL& url)
 {
-    std::array<char, zipMagic.size()> start = {};
-    const ssize_t size =
-        uninterrupted([&] { return ::pread(file.get(), start.data(), start.size(), 0); });
-    if (size < 0)
+    std::string bytes(size, '\0');
+    const ssize_t count =
+        uninterrupted([&] { return ::pread(file.get(), bytes.data(), size, offset); });
+    if (count < 0)
         fail("cannot read", url, errno);
-    if (std::string_view{start.data(), static_cast<std::size_t>(size)} != zipMagic)
+    bytes.resize(static_cast<std::size_t>(count));
+    return bytes;
+}
+
+/// Without the record at its end, which names the directory, the archive would be taken as a stream, in which
+/// modes and links are unknown. Nobody needs the comment that may follow it.
+void requireZipFrame(const FileDescriptor& file, const FileURL& url)
+{
+    struct stat status = {};
+    if (::fstat(file.get(), &status) != 0)
+        fail("cannot read", url, errno);
+    if (!S_ISREG(status.st_mode) || status.st_size < static_cast<off_t>(endSize)
+        || bytesAt(file, 0, zipMagic.size(), url) != zipMagic)
         refuse("no zip archive");
+    const std::string end =
+        bytesAt(file, status.st_size - static_cast<off_t>(endSize), endSize, url);
+    if (!end.starts_with(endMagic) || !end.ends_with(noComment))
+        refuse("no whole zip archive");
 }
 
 /// The archive tool takes an archive for the format that fits best of all it knows, so the same ones are offered
@@ -198,7 +219,7 @@ void requireHarmless(
         [&] { return ::open(systemPath(archive), O_RDONLY | O_NOFOLLOW | O_CLOEXEC); })};
     if (!file.isOpen())
         fail("cannot read", archive, errno);
-    requireZipMagic(file, archive);
+    requireZipFrame(file, archive);
     const Reader reader = opened(file);
     Inspection inspection{limits};
     inspect(reader, inspection, isCancelled);
