@@ -7,18 +7,20 @@
 #include "FeedReader.h"
 #include "FolderPanel.h"
 #include "HandOver.h"
+#include "InstallLocation.h"
 #include "LaunchOptions.h"
 #include "LinuxFileManager.h"
 #include "LiveModel.h"
 #include "LiveUpdates.h"
+#include "SelfUpdater.h"
 #include "SettingsStore.h"
 #include "Symbols.h"
 #include "Syslog.h"
 #include "TidemarkApp.h"
-#include "UpdateError.h"
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QNetworkAccessManager>
 
 #include <unistd.h>
 
@@ -107,25 +109,21 @@ bool isUnknownToUser()
     }
 }
 
-/// For as long as nothing is there that can replace the application: says so.
-class NoInstaller final : public UpdateInstaller {
-public:
-    void install(const UpdateInfo& /*update*/, Progress /*progress*/, Done done) override
-    {
-        const auto tell = [done = std::move(done)] {
-            done(std::make_exception_ptr(UpdateError{
-                UpdateError::Case::readOnlyLocation, "this build cannot replace itself"}));
-        };
-        QMetaObject::invokeMethod(QCoreApplication::instance(), tell, Qt::QueuedConnection);
-    }
-};
+SelfUpdater::Options installerOptions()
+{
+    return {
+        .bundle = InstallLocation::runningBundle(),
+        .runningVersion = AppModel::version(),
+    };
+}
 
 /// Of all that start, the one that gets the support folder stays.
 int runOrHandOver(const HandOver& handOver, std::function<void()>& quit)
 {
     FolderPanel folderPanel;
     Syslog syslog;
-    NoInstaller installer;
+    SelfUpdater installer{
+        installerOptions(), [] { return std::make_unique<QNetworkAccessManager>(); }};
     LiveUpdates updates{installer};
     try {
         LiveModel live{{.folderChooser = folderPanel,

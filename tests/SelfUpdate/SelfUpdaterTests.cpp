@@ -136,9 +136,14 @@ protected:
         };
     }
 
+    static SelfUpdater::MakeSession makeSession()
+    {
+        return [] { return std::make_unique<TrustingSession>(s_authority->clientConfiguration()); };
+    }
+
     Outcome install(SelfUpdater::Options options, const QUrl& url)
     {
-        SelfUpdater updater{std::move(options), m_session};
+        SelfUpdater updater{std::move(options), makeSession()};
         std::optional<Outcome> outcome;
         updater.install(
             {.version = "1.3", .downloadURL = url, .notes = ""},
@@ -179,7 +184,6 @@ protected:
     std::map<std::string, std::string> m_before;
     SleepingProcess m_application;
     HttpsServer m_server{*s_authority};
-    TrustingSession m_session{s_authority->clientConfiguration()};
     std::int64_t m_received = 0;
     std::optional<std::int64_t> m_total;
 };
@@ -473,7 +477,7 @@ TEST_F(SelfUpdaterTest, ATemporaryDirectoryThatIsNotThereIsAFailure)
 
 TEST_F(SelfUpdaterTest, OneAtATime)
 {
-    SelfUpdater updater{options(), m_session};
+    SelfUpdater updater{options(), makeSession()};
     std::vector<std::string> reasons;
     const auto note = [&](const std::exception_ptr& failure) {
         reasons.push_back(outcomeOf(failure).reason);
@@ -488,7 +492,7 @@ TEST_F(SelfUpdaterTest, OneAtATime)
 
 TEST_F(SelfUpdaterTest, CanTryAgainAfterAFailure)
 {
-    SelfUpdater updater{options(), m_session};
+    SelfUpdater updater{options(), makeSession()};
     const UpdateInfo update{.version = "1.3", .downloadURL = m_server.url(path), .notes = ""};
     for (const bool isWhole : {false, true}) {
         serve(isWhole ? m_new.archive() : "no archive");
@@ -506,7 +510,7 @@ TEST_F(SelfUpdaterTest, DestructionEndsADownload)
     bool isAsked = false;
     m_server.serve(path, [&](QSslSocket&) { isAsked = true; });
     {
-        SelfUpdater updater{options(), m_session};
+        SelfUpdater updater{options(), makeSession()};
         updater.install({.version = "1.3", .downloadURL = m_server.url(path), .notes = ""}, {},
             [](const std::exception_ptr&) { ADD_FAILURE() << "called"; });
         EXPECT_TRUE(runUntil([&] { return isAsked; }));
@@ -522,7 +526,7 @@ TEST_F(SelfUpdaterTest, DestructionEndsTheArchiveTool)
     SelfUpdater::Options hanging = options();
     hanging.archiveTool = tool.path();
     const QFileSystemWatcher watcher{{QString::fromStdString(m_root.path())}};
-    SelfUpdater updater{hanging, m_session};
+    SelfUpdater updater{hanging, makeSession()};
     updater.install({.version = "1.3", .downloadURL = m_server.url(path), .notes = ""}, {},
         [](const std::exception_ptr&) { ADD_FAILURE() << "called"; });
     EXPECT_TRUE(runUntil([&] { return m_root.holds("begun"); }));
@@ -541,10 +545,9 @@ TEST_F(SelfUpdaterTest, AFullDiskIsAFailure)
             mountMemory(disk.path(), size);
             SelfUpdater::Options full = options();
             full.temporaryDirectory = disk.url();
-            TrustingSession session{s_authority->clientConfiguration()};
             HttpsServer server{*s_authority};
             server.serve(path, HttpsServer::answer(200, bytesOf(m_new.archive())));
-            SelfUpdater updater{full, session};
+            SelfUpdater updater{full, makeSession()};
             std::optional<Outcome> outcome;
             updater.install({.version = "1.3", .downloadURL = server.url(path), .notes = ""}, {},
                 [&](const std::exception_ptr& failure) { outcome = outcomeOf(failure); });

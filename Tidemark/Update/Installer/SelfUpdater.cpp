@@ -8,6 +8,8 @@
 #include "TemporaryDirectory.h"
 #include "Text.h"
 
+#include <QNetworkAccessManager>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -55,10 +57,9 @@ struct SelfUpdater::Places {
     const FileURL script;
 };
 
-SelfUpdater::SelfUpdater(Options options, QNetworkAccessManager& session)
+SelfUpdater::SelfUpdater(Options options, MakeSession makeSession)
     : m_options(std::move(options))
-    , m_session(session)
-    , m_worker("io.tidemark.update", m_time)
+    , m_makeSession(std::move(makeSession))
 {
 }
 
@@ -67,7 +68,7 @@ SelfUpdater::~SelfUpdater()
     m_isCancelled = true;
     m_cancel.signal();
     m_download.reset();
-    m_worker.barrier();
+    m_worker.reset();
     if (m_done && m_places)
         removeTree(m_places->work);
 }
@@ -108,10 +109,12 @@ std::shared_ptr<const SelfUpdater::Places> SelfUpdater::prepare() const
 
 void SelfUpdater::download(const UpdateInfo& update, Progress progress)
 {
+    m_session = m_makeSession();
     m_download = std::make_unique<ArchiveDownload>(update.downloadURL, m_places->download,
-        m_session, m_options.download, std::move(progress),
+        *m_session, m_options.download, std::move(progress),
         [this, version = update.version](const std::exception_ptr& failure) {
             m_download.reset();
+            m_session.reset();
             if (failure)
                 finish(failure);
             else
@@ -121,7 +124,8 @@ void SelfUpdater::download(const UpdateInfo& update, Progress progress)
 
 void SelfUpdater::unpackAndLaunch(const std::string& version)
 {
-    m_worker.async([this, version] {
+    m_worker = std::make_unique<SerialQueue>("io.tidemark.update", m_time);
+    m_worker->async([this, version] {
         std::exception_ptr failure;
         try {
             fs::rename(m_places->download.path(), m_places->archive.path());
@@ -183,6 +187,9 @@ void SelfUpdater::finish(std::exception_ptr failure)
     if (failure && m_places)
         removeTree(m_places->work);
     m_places.reset();
+    m_download.reset();
+    m_session.reset();
+    m_worker.reset();
     const Done done = std::exchange(m_done, {});
     done(std::move(failure));
 }

@@ -12,6 +12,7 @@
 #include "WakeUp.h"
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -43,8 +44,10 @@ public:
         std::optional<pid_t> process = {};
     };
 
-    /// `session` outlives it and belongs to this thread.
-    SelfUpdater(Options options, QNetworkAccessManager& session);
+    using MakeSession = std::function<std::unique_ptr<QNetworkAccessManager>()>;
+
+    /// Every download has a network session of its own, so that there is none between them, and no thread.
+    SelfUpdater(Options options, MakeSession makeSession);
 
     /// Ends what is under way; `done` is not called any more. Does not wait for the network.
     ~SelfUpdater() override;
@@ -75,15 +78,16 @@ private:
     void finish(std::exception_ptr failure);
 
     const Options m_options;
-    QNetworkAccessManager& m_session;
+    const MakeSession m_makeSession;
     std::shared_ptr<const Places> m_places;  ///< Changed only while the worker rests.
     Done m_done;
+    std::unique_ptr<QNetworkAccessManager> m_session;
     std::unique_ptr<ArchiveDownload> m_download;
     MainQueue m_main;
     SteadyTime m_time;
     std::atomic<bool> m_isCancelled = false;
     WakeUp m_cancel;
-    SerialQueue m_worker;  ///< Goes first.
+    std::unique_ptr<SerialQueue> m_worker;  ///< Null but while it works. Goes first.
 };
 
 }  // namespace tidemark
