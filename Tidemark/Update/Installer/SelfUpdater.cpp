@@ -116,9 +116,12 @@ void SelfUpdater::download(const UpdateInfo& update, Progress progress)
             m_download.reset();
             m_session.reset();
             if (failure)
-                finish(failure);
-            else
+                return finish(failure);
+            try {
                 unpackAndLaunch(version);
+            } catch (...) {  // no thread was to be had
+                finish(std::current_exception());
+            }
         });
 }
 
