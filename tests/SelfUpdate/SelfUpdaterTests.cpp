@@ -488,6 +488,9 @@ TEST_F(SelfUpdaterTest, OneAtATime)
     updater.install(update, {}, note);
     EXPECT_TRUE(runUntil([&] { return reasons.size() == 2; }));
     EXPECT_THAT(reasons, ElementsAre("an update is being installed already", ""));
+    updater.install(update, {}, note);
+    EXPECT_TRUE(runUntil([&] { return reasons.size() == 3; }));
+    EXPECT_EQ(reasons.back(), "an update is being installed already");
     expectSwap();
 }
 

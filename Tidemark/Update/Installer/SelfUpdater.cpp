@@ -75,7 +75,8 @@ SelfUpdater::~SelfUpdater()
 
 void SelfUpdater::install(const UpdateInfo& update, Progress progress, Done done)
 {
-    if (m_done) {
+    // Two scripts for one bundle would move each other's files.
+    if (m_done || m_hasLaunched) {
         m_main.post([done = std::move(done)] {
             done(std::make_exception_ptr(
                 std::runtime_error{"an update is being installed already"}));
@@ -193,6 +194,7 @@ void SelfUpdater::finish(std::exception_ptr failure)
     m_download.reset();
     m_session.reset();
     m_worker.reset();
+    m_hasLaunched = !failure;
     const Done done = std::exchange(m_done, {});
     done(std::move(failure));
 }

@@ -57,7 +57,7 @@ public:
 
     /// Fails with UpdateError in its cases and with what the network or the disk threw in all others. The location
     /// is looked at first, and whether there is a key to check the bundle with: otherwise nothing is downloaded.
-    /// One at a time: a second one fails, and the first goes on.
+    /// One at a time: a second one fails, and the first goes on. Nothing more is installed once the swap waits.
     void install(const UpdateInfo& update, Progress progress, Done done) override;
 
 private:
@@ -81,6 +81,7 @@ private:
     const MakeSession m_makeSession;
     std::shared_ptr<const Places> m_places;  ///< Changed only while the worker rests.
     Done m_done;
+    bool m_hasLaunched = false;  ///< The script waits for the end of this process.
     std::unique_ptr<QNetworkAccessManager> m_session;
     std::unique_ptr<ArchiveDownload> m_download;
     MainQueue m_main;
