@@ -295,7 +295,7 @@ TEST(Subprocess, InheritsNoFilesAndNoBlockedSignals)
         {"sh", "-c",
             "readlink /proc/$$/fd/0 >\"$1/input\"\n"
             "for file in /proc/$$/fd/1??; do echo \"$file\"; done >\"$1/inherited\"\n"
-            "grep SigBlk /proc/$$/status >\"$1/signals\"",
+            "exec grep SigBlk /proc/self/status >\"$1/signals\"",
             "sh", folder.path()},
         Subprocess::Session::own);
     ::sigprocmask(SIG_SETMASK, &before, nullptr);
