@@ -18,6 +18,8 @@ target_compile_options(tidemark_compiler INTERFACE
     -Wconversion -Wsign-conversion -Wnull-dereference -Wformat=2 -Wimplicit-fallthrough)
 target_compile_definitions(tidemark_compiler INTERFACE
     _FILE_OFFSET_BITS=64 QT_NO_KEYWORDS QT_NO_FOREACH QT_NO_CAST_FROM_BYTEARRAY QT_NO_CAST_TO_ASCII)
+# A room's libraries come along with it, also into a program that uses nothing of them: tidemarkctl has no network.
+target_link_options(tidemark_compiler INTERFACE -Wl,--as-needed)
 if(TIDEMARK_WARNINGS_AS_ERRORS)
     target_compile_options(tidemark_compiler INTERFACE -Werror)
 endif()
@@ -33,6 +35,10 @@ if(TIDEMARK_SANITIZE)
     target_compile_options(tidemark_compiler INTERFACE
         -fsanitize=${TIDEMARK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(tidemark_compiler INTERFACE -fsanitize=${TIDEMARK_SANITIZE})
+endif()
+if(TIDEMARK_FUZZERS)
+    # Counts the ways through the code under test, without a main() of its own.
+    target_compile_options(tidemark_compiler INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
     target_compile_options(tidemark_compiler INTERFACE -fstack-protector-strong)

@@ -31,7 +31,8 @@ if(TIDEMARK_HOMEPAGE)
 endif()
 # The icon may be looked for in hicolor only where that theme is; Wayland's part of Qt is loaded where it is wanted.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS hicolor-icon-theme)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS qt6-wayland)
+# And the authorities that tell which web servers are to be trusted with updates.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "ca-certificates, qt6-wayland")
 set(conffiles "${CMAKE_CURRENT_BINARY_DIR}/conffiles")
 file(WRITE "${conffiles}" "/etc/xdg/autostart/io.tidemark.Tidemark.desktop\n")
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")

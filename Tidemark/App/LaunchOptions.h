@@ -15,7 +15,12 @@ std::optional<AppAction> actionNamed(const std::string& name);
 
 /// How the application is started. A plain value.
 struct LaunchOptions {
-    enum class Mode { run, help, version };
+    enum class Mode {
+        run,
+        help,
+        version,
+        readUpdateFeed,  ///< What the application has itself do in another process; not for people.
+    };
 
     Mode mode = Mode::run;
     std::optional<AppAction> action = {};

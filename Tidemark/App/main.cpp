@@ -2,14 +2,17 @@
 #include "AlreadyRunning.h"
 #include "AppSupport.h"
 #include "ApplicationService.h"
-#include "CommandFailure.h"
 #include "EndSignals.h"
 #include "FailureText.h"
+#include "FeedReader.h"
 #include "FolderPanel.h"
 #include "HandOver.h"
+#include "InstallLocation.h"
 #include "LaunchOptions.h"
 #include "LinuxFileManager.h"
 #include "LiveModel.h"
+#include "LiveUpdates.h"
+#include "SelfUpdater.h"
 #include "StartWait.h"
 #include "Symbols.h"
 #include "Syslog.h"
@@ -17,6 +20,7 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QNetworkAccessManager>
 
 #include <unistd.h>
 
@@ -129,29 +133,38 @@ int relayActivations(const FileURL& supportFolder)
     return QApplication::exec();
 }
 
+void endReplaced(const LaunchOptions& options)
+{
+    QApplication::exit(tellFailure(
+        "another Tidemark has taken over, since the lock of this one was removed", options));
+}
+
+SelfUpdater::Options installerOptions()
+{
+    return {
+        .bundle = InstallLocation::runningBundle(),
+        .runningVersion = AppModel::version(),
+    };
+}
+
 /// Of all that start, the one that gets the support folder stays.
 int runOrHandOver(const HandOver& handOver, const EndSignals& signals, std::function<void()>& quit)
 {
     FolderPanel folderPanel;
     Syslog syslog;
+    SelfUpdater installer{
+        installerOptions(), [] { return std::make_unique<QNetworkAccessManager>(); }};
+    LiveUpdates updates{installer};
     try {
-        bool isReplaced = false;
         std::optional<StartWait> wait{std::in_place, signals, handOver.options.isAwaited()};
         LiveModel live{{.folderChooser = folderPanel,
             .log = syslog,
+            .updates = updates.services([&quit] { quit(); }),
             .whileWaiting = [&wait] { wait->goOn(); },
-            .whenReplaced =
-                [&isReplaced] {
-                    isReplaced = true;
-                    QApplication::quit();
-                }}};
+            .whenReplaced = [&handOver] { endReplaced(handOver.options); }}};
         wait.reset();
         quit = [&live] { live.stop([] { QApplication::quit(); }); };
-        const int status = runApplication(live, handOver.options, quit);
-        if (isReplaced)
-            throw CommandFailure{"another Tidemark has taken over, since the lock of "
-                + live.supportFolder().path() + " was removed"};
-        return status;
+        return runApplication(live, handOver.options, quit);
     } catch (const AlreadyRunning& other) {
         if (handOver.options.isService)
             return relayActivations(other.supportFolder());
@@ -196,6 +209,8 @@ int main(int argc, char* argv[])
         return print(LaunchOptions::helpText());
     if (options.mode == LaunchOptions::Mode::version)
         return print("tidemark " + AppModel::version() + '\n');
+    if (options.mode == LaunchOptions::Mode::readUpdateFeed)
+        return readUpdateFeed(argc, argv);
     if (options.isAutostart && isUnknownToUser())
         return exitDone;
     if (!hasDisplay())

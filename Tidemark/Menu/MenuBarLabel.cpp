@@ -1,6 +1,7 @@
 #include "MenuBarLabel.h"
 
 #include "PlainText.h"
+#include "ProgressText.h"
 #include "Symbols.h"
 
 #include <QMenu>
@@ -11,7 +12,9 @@ MenuBarLabel::MenuBarLabel(AppModel& model, OpenWindow openWindow)
     : m_model(model)
     , m_openWindow(std::move(openWindow))
 {
-    QObject::connect(&m_model, &AppModel::settingsChanged, this, [this] { follow(); });
+    for (const auto changed : {&AppModel::settingsChanged, &AppModel::isUpdatingChanged,
+             &AppModel::updateProgressChanged})
+        QObject::connect(&m_model, changed, this, [this] { follow(); });
 }
 
 void MenuBarLabel::appear()
@@ -43,6 +46,16 @@ QString MenuBarLabel::symbolName() const
                                        : QStringLiteral("sparkles");
 }
 
+QString MenuBarLabel::toolTip() const
+{
+    QString text = QStringLiteral("Tidemark: ") + oneLine(m_model.statusText());
+    if (m_model.isUpdating())
+        text += QStringLiteral("\nInstalling update…");
+    if (const auto progress = m_model.updateProgress())
+        text += QStringLiteral(" ") + progressText(*progress);
+    return text;
+}
+
 bool MenuBarLabel::isShown() const
 {
     return m_icon && m_icon->isVisible() && QSystemTrayIcon::isSystemTrayAvailable();
@@ -52,7 +65,9 @@ void MenuBarLabel::follow()
 {
     if (!m_icon)
         return;
-    m_icon->setToolTip(QStringLiteral("Tidemark: ") + oneLine(m_model.statusText()));
+    // A panel redraws for every call.
+    if (const QString text = toolTip(); text != m_icon->toolTip())
+        m_icon->setToolTip(text);
     if (m_shownPaused != m_model.settings().isPaused) {
         m_shownPaused = m_model.settings().isPaused;
         m_icon->setIcon(trayIcon(*m_shownPaused));

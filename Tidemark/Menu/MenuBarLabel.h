@@ -31,6 +31,9 @@ public:
     /// The symbol that stands for the model's state.
     QString symbolName() const;
 
+    /// What the icon tells of the model's state, and of an update's download.
+    QString toolTip() const;
+
     /// Whether there is a panel that shows it.
     bool isShown() const;
 

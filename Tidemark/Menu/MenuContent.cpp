@@ -2,6 +2,7 @@
 
 #include "Branding.h"
 #include "PlainText.h"
+#include "ProgressText.h"
 
 #include <algorithm>
 
@@ -22,6 +23,7 @@ MenuContent::MenuContent(AppModel& model, Commands commands, MenuHost host)
     m_undo = addItem(QStringLiteral("Undo last sweep"), [this] { m_model.undoLast(); });
     m_menu.addSeparator();
     m_afterActivity = m_menu.addSeparator();
+    m_menu.setToolTipsVisible(true);
     m_update = addItem({}, [this] { m_model.installUpdate(); });
     m_check = addItem({}, [this] { m_model.checkForUpdatesManually(); });
     QAction* about = makeLine();
@@ -75,6 +77,7 @@ void MenuContent::followModel()
     follow(&AppModel::activityChanged, &MenuContent::showActivity);
     follow(&AppModel::availableUpdateChanged, &MenuContent::showUpdates);
     follow(&AppModel::isUpdatingChanged, &MenuContent::showUpdates);
+    follow(&AppModel::updateProgressChanged, &MenuContent::showProgress);
     follow(&AppModel::isCheckingForUpdateChanged, &MenuContent::showUpdates);
     showStatus();
     showActivity();
@@ -132,13 +135,20 @@ void MenuContent::showUpdates()
     m_check->setEnabled(m_model.canCheckForUpdates() && !isChecking && !m_model.isUpdating());
 }
 
+/// The item's own text stays the same all the time.
+void MenuContent::showProgress()
+{
+    const auto progress = m_model.updateProgress();
+    m_update->setToolTip(progress ? progressText(*progress) : QString{});
+}
+
 QString MenuContent::updateText() const
 {
     if (m_model.isUpdating())
         return QStringLiteral("Installing update…");
     if (!m_model.availableUpdate())
         return {};
-    return QStringLiteral("Update to ") + oneLine(m_model.availableUpdate()->version);
+    return QStringLiteral("Update to ") + menuLine(m_model.availableUpdate()->version);
 }
 
 }  // namespace tidemark

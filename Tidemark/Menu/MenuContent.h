@@ -44,6 +44,7 @@ private:
     void showStatus();
     void showActivity();
     void showUpdates();
+    void showProgress();
     QString updateText() const;
 
     AppModel& m_model;

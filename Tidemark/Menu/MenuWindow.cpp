@@ -77,7 +77,17 @@ private:
         setText(m_action.text());
         setAccessibleName(plainText(m_action));
         setEnabled(m_action.isEnabled());
+        showToolTip();
         updateGeometry();
+    }
+
+    void showToolTip()
+    {
+        // Without one of its own an action gives its text.
+        const QString tip =
+            m_action.toolTip() == m_action.iconText() ? QString{} : m_action.toolTip();
+        setToolTip(tip);
+        setAccessibleDescription(tip);
     }
 
     QStyleOptionMenuItem menuOption() const

@@ -73,10 +73,12 @@ AppModel::AppModel(Workspace& workspace, const Services& services, const Options
     startWatching();
     if (m_options.looksAtLaunch)
         planNextSweep(Seconds{0});
+    startUpdates();
 }
 
 AppModel::~AppModel()
 {
+    m_updates.reset();
     m_services.alarm.cancel();
     m_services.alarm.onRing({});
     m_watcher.reset();
@@ -586,31 +588,72 @@ void AppModel::finishUndo(const UndoOutcome& outcome, Id id)
 
 // Updates
 
-void AppModel::installUpdate()
+void AppModel::startUpdates()
 {
-    if (m_services.updates && m_availableUpdate && !m_isUpdating)
-        m_services.updates->install(*m_availableUpdate);
+    if (!m_services.updates)
+        return;
+    m_updates = std::make_unique<UpdateFlow>(
+        *m_services.updates, version(), [this] { return m_settings.hasOnboarded; }, m_services.log);
+    const auto forward = [this](void (UpdateFlow::*from)(), void (AppModel::*to)()) {
+        QObject::connect(m_updates.get(), from, this, to);
+    };
+    forward(&UpdateFlow::availableUpdateChanged, &AppModel::availableUpdateChanged);
+    forward(&UpdateFlow::isUpdatingChanged, &AppModel::isUpdatingChanged);
+    forward(&UpdateFlow::isCheckingForUpdateChanged, &AppModel::isCheckingForUpdateChanged);
+    forward(&UpdateFlow::progressChanged, &AppModel::updateProgressChanged);
+    // Whoever made the model gets to show it first.
+    post([this] { checkForUpdate(); });
+    post([this] { scheduleUpdateChecks(); });
+}
+
+std::optional<UpdateInfo> AppModel::availableUpdate() const
+{
+    return m_updates ? m_updates->availableUpdate() : std::nullopt;
+}
+
+bool AppModel::isUpdating() const
+{
+    return m_updates && m_updates->isUpdating();
+}
+
+std::optional<UpdateProgress> AppModel::updateProgress() const
+{
+    return m_updates ? m_updates->progress() : std::nullopt;
+}
+
+bool AppModel::isCheckingForUpdate() const
+{
+    return m_updates && m_updates->isCheckingForUpdate();
+}
+
+void AppModel::checkForUpdate()
+{
+    if (m_updates)
+        m_updates->checkForUpdate();
 }
 
 void AppModel::checkForUpdatesManually()
 {
-    if (m_services.updates && !m_isUpdating && !m_isCheckingForUpdate)
-        m_services.updates->check();
+    if (m_updates)
+        m_updates->checkForUpdatesManually();
 }
 
-void AppModel::setAvailableUpdate(std::optional<UpdateInfo> update)
+void AppModel::promptForUpdate()
 {
-    assign(m_availableUpdate, std::move(update), &AppModel::availableUpdateChanged);
+    if (m_updates)
+        m_updates->promptForUpdate();
 }
 
-void AppModel::setUpdating(bool isUpdating)
+void AppModel::installUpdate()
 {
-    assign(m_isUpdating, isUpdating, &AppModel::isUpdatingChanged);
+    if (m_updates)
+        m_updates->installUpdate();
 }
 
-void AppModel::setCheckingForUpdate(bool isChecking)
+void AppModel::scheduleUpdateChecks()
 {
-    assign(m_isCheckingForUpdate, isChecking, &AppModel::isCheckingForUpdateChanged);
+    if (m_updates)
+        m_updates->scheduleUpdateChecks();
 }
 
 // Sweeping without being asked by an event
@@ -687,6 +730,8 @@ void AppModel::whenIdle(std::function<void()> idle)
 void AppModel::stop(std::function<void()> stopped)
 {
     m_isStopping = true;
+    if (m_updates)
+        m_updates->stop();
     setAlarm();
     m_watcher.reset();
     whenIdle(std::move(stopped));

@@ -10,8 +10,7 @@
 #include "SweepOutcome.h"
 #include "SystemLog.h"
 #include "UndoOutcome.h"
-#include "UpdateInfo.h"
-#include "UpdateService.h"
+#include "UpdateFlow.h"
 #include "WatchedFolderInfo.h"
 #include "WorkFollower.h"
 #include "Workspace.h"
@@ -49,8 +48,7 @@ public:
         SystemLog& log;
         TimeSource& time;  ///< Of quiet times.
         OwnChangeLog& ownChanges;  ///< Told by the workspace's file manager.
-        UpdateService* updates =
-            nullptr;  ///< Null where the application is updated by other means.
+        std::optional<UpdateServices> updates = {};  ///< Nothing: no network and no prompts.
     };
 
     /// When to look, without being asked by an event, for files that are due.
@@ -96,10 +94,11 @@ public:
     static std::string version();
 
     /// The newer version that a check has found.
-    const std::optional<UpdateInfo>& availableUpdate() const { return m_availableUpdate; }
-    bool isUpdating() const { return m_isUpdating; }  ///< While a newer version is being installed.
-    bool isCheckingForUpdate() const { return m_isCheckingForUpdate; }
-    bool canCheckForUpdates() const { return m_services.updates != nullptr; }
+    std::optional<UpdateInfo> availableUpdate() const;
+    bool isUpdating() const;  ///< While a newer version is being installed.
+    std::optional<UpdateProgress> updateProgress() const;  ///< Of its download.
+    bool isCheckingForUpdate() const;  ///< While a check is under way that the user asked for.
+    bool canCheckForUpdates() const { return m_updates != nullptr; }
 
     SweepController& controller() { return m_workspace.controller(); }
 
@@ -124,14 +123,13 @@ public:
     void setGracePeriodSeconds(int seconds);  ///< At least 0.
     void finishOnboarding();
 
-    // Updates. Nothing happens without a service, or while one is at work already.
-    void installUpdate();
-    void checkForUpdatesManually();
-
-    // What the service has found out, and what it is at.
-    void setAvailableUpdate(std::optional<UpdateInfo> update);
-    void setUpdating(bool isUpdating);
-    void setCheckingForUpdate(bool isChecking);
+    // Updates (UpdateFlow). Without the services nothing happens.
+    void checkForUpdate();  ///< Silent, but that it prompts once for each new version.
+    void
+    checkForUpdatesManually();  ///< Tells the user what came of it. Not while one is at work already.
+    void promptForUpdate();  ///< Asks whether to install the available update, if there is one.
+    void installUpdate();  ///< The available one. Ends the application when all went well.
+    void scheduleUpdateChecks();  ///< From now on every six hours.
 
     /// Brings everything that is shown up to date with settings, journal and folders. A journal that has
     /// changed is read on `work`, since it may be large; what it says shows a moment later.
@@ -173,6 +171,7 @@ Q_SIGNALS:
     void watcherChanged();
     void availableUpdateChanged();
     void isUpdatingChanged();
+    void updateProgressChanged();
     void isCheckingForUpdateChanged();
 
     /// What happens, as it happens.
@@ -226,6 +225,8 @@ private:
     void setAlarm();
     void alarmRang();
 
+    void startUpdates();
+
     Workspace& m_workspace;
     const Services m_services;
     const Options m_options;
@@ -235,9 +236,7 @@ private:
     std::vector<ActivityItem> m_activity;
     bool m_canUndo = false;
     bool m_didError = false;
-    std::optional<UpdateInfo> m_availableUpdate;
-    bool m_isUpdating = false;
-    bool m_isCheckingForUpdate = false;
+    std::unique_ptr<UpdateFlow> m_updates;  ///< Null without the services.
 
     FollowUp m_followUp;
     std::optional<Settings> m_queuedSweep;  ///< The settings of the last sweep, until it begins.

@@ -72,7 +72,8 @@ LiveModel::LiveModel(const LiveOptions& options)
             .alarm = m_alarm,
             .log = options.log,
             .time = m_time,
-            .ownChanges = m_ownChanges},
+            .ownChanges = m_ownChanges,
+            .updates = options.updates},
         AppModel::Options{.initiative = options.initiative,
             .looksAtLaunch = !m_isFirstStart,
             .watchBackend = options.watchBackend});

@@ -25,6 +25,7 @@ struct LiveOptions {
     bool requiresReadableSettings =
         false;  ///< Else unreadable settings are replaced by the defaults.
     std::optional<WatchBackend> watchBackend = {};
+    std::optional<UpdateServices> updates = {};  ///< Nothing: no network and no prompts.
 
     /// Called again and again while another command is waited for; what it throws ends the waiting.
     std::function<void()> whileWaiting = {};

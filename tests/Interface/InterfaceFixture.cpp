@@ -42,19 +42,10 @@ std::string shown(const QAction& action)
 
 }  // namespace
 
-void InterfaceTest::startWithUpdates(UpdateService* updates)
+AppModel& InterfaceTest::startWithUpdates()
 {
-    m_model.reset();
-    m_workspace = std::make_unique<Workspace>(m_home.url("support"), m_files, m_clock);
-    m_model = std::make_unique<AppModel>(*m_workspace,
-        AppModel::Services{.folderChooser = m_chooser,
-            .alarm = m_alarm,
-            .log = m_log,
-            .time = m_time,
-            .ownChanges = m_ownChanges,
-            .updates = updates},
-        AppModel::Options{});
-    finishWork();
+    m_updateServices.emplace(m_updates.services());
+    return start();
 }
 
 TidemarkApp& InterfaceTest::launch(const LaunchOptions& options)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FakeUpdates.h"
 #include "ModelFixture.h"
 #include "TidemarkApp.h"
 
@@ -12,22 +13,17 @@
 
 namespace tidemark {
 
-class RememberingUpdates final : public UpdateService {
-public:
-    void check() override { ++checks; }
-    void install(const UpdateInfo& update) override { installed.push_back(update); }
-
-    int checks = 0;
-    std::vector<UpdateInfo> installed;
-};
-
 /// A model with the application's face on it, on a screen that nobody sees.
 class InterfaceTest : public ModelTest {
 protected:
-    ~InterfaceTest() override { m_app.reset(); }
+    ~InterfaceTest() override
+    {
+        m_app.reset();
+        m_model.reset();
+    }
 
-    /// The model, with this service for updates.
-    void startWithUpdates(UpdateService* updates);
+    /// A model whose check at launch is under way.
+    AppModel& startWithUpdates();
 
     /// Makes model and application, and shows the application as when the user starts it.
     TidemarkApp& launch(const LaunchOptions& options = {});
@@ -40,6 +36,7 @@ protected:
     /// A journal of one sweep that moved these files, oldest first.
     static Journal journalOf(const std::vector<std::string>& names);
 
+    FakeUpdates m_updates{UserDefaults::file()};
     bool m_hasQuit = false;
     std::unique_ptr<TidemarkApp> m_app;
 };

@@ -19,6 +19,7 @@ TEST(LaunchOptions, AreUnderstood)
         {{"-h"}, {.mode = Mode::help}},
         {{"--version"}, {.mode = Mode::version}},
         {{"-v"}, {.mode = Mode::version}},
+        {{"--read-update-feed"}, {.mode = Mode::readUpdateFeed}},
         {{"--autostart"}, {.isAutostart = true}},
         {{"--service"}, {.isService = true}},
         {{"--sweep"}, {.action = AppAction::sweep}},

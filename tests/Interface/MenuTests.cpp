@@ -2,6 +2,9 @@
 
 #include "MenuBarLabel.h"
 #include "MenuContent.h"
+#include "MenuWindow.h"
+
+#include <QPushButton>
 
 namespace tidemark {
 
@@ -103,38 +106,72 @@ TEST_F(Menu, PausingChangesSymbolAndItem)
 
 TEST_F(Menu, AnUpdateShowsOnceFoundAndSaysThatItIsBeingInstalled)
 {
-    RememberingUpdates updates;
-    startWithUpdates(&updates);
+    startWithUpdates();
     content();
     EXPECT_EQ(texts().size(), 12U);
 
     const UpdateInfo found{.version = "9.8.7"};
-    model().setAvailableUpdate(found);
+    m_updates.finder.end(found);
     EXPECT_EQ(texts().at(8), "Update to 9.8.7");
     EXPECT_EQ(texts().at(9), "Check for Updates…");
     item(*m_content, "Update to 9.8.7")->trigger();
-    EXPECT_THAT(updates.installed, ElementsAre(found));
-
-    model().setUpdating(true);
+    EXPECT_THAT(m_updates.installer.installed, ElementsAre(found));
     EXPECT_EQ(texts().at(8), "(off) Installing update…");
     EXPECT_EQ(texts().at(9), "(off) Check for Updates…");
 
-    model().setUpdating(false);
-    model().setAvailableUpdate({});
-    EXPECT_EQ(texts().size(), 12U);
+    m_updates.installer.fail(std::runtime_error{"the network is down"});
+    EXPECT_EQ(texts().at(8), "Update to 9.8.7");
+    EXPECT_EQ(texts().at(9), "Check for Updates…");
+    EXPECT_EQ(texts().size(), 13U);
 }
 
 TEST_F(Menu, CheckingForUpdatesShowsWhileItGoesOn)
 {
-    RememberingUpdates updates;
-    startWithUpdates(&updates);
+    startWithUpdates();
     content();
-    item(*m_content, "Check for Updates…")->trigger();
-    EXPECT_EQ(updates.checks, 1);
-    model().setCheckingForUpdate(true);
-    EXPECT_EQ(texts().at(8), "(off) Checking for updates…");
-    model().setCheckingForUpdate(false);
     EXPECT_EQ(texts().at(8), "Check for Updates…");
+    m_updates.finder.end({});
+    item(*m_content, "Check for Updates…")->trigger();
+    EXPECT_EQ(m_updates.finder.running(), 1U);
+    EXPECT_EQ(texts().at(8), "(off) Checking for updates…");
+    m_updates.finder.end({});
+    EXPECT_EQ(texts().at(8), "Check for Updates…");
+}
+
+TEST_F(Menu, TheDownloadsProgressIsAToolTipBesideTheItemsText)
+{
+    startWithUpdates();
+    content();
+    MenuWindow window{*m_content};
+    const MenuBarLabel label{model(), {}};
+    const QString before = label.toolTip();
+    m_updates.finder.end(UpdateInfo{.version = "9.8.7"});
+    model().installUpdate();
+    runPending();
+    auto* row = findNamed<QPushButton>(window, QStringLiteral("Installing update…"));
+    ASSERT_NE(row, nullptr);
+    EXPECT_EQ(row->toolTip(), "");
+    EXPECT_EQ(label.toolTip(), before + "\nInstalling update…");
+
+    m_updates.installer.tellProgress(1'500'000, {});
+    EXPECT_EQ(row->toolTip(), "1.5 MB downloaded");
+    m_updates.installer.tellProgress(3'000'000, 20'000'000);
+    EXPECT_EQ(row->toolTip(), "3.0 MB of 20.0 MB downloaded");
+    EXPECT_EQ(row->accessibleDescription(), "3.0 MB of 20.0 MB downloaded");
+    EXPECT_EQ(label.toolTip(), before + "\nInstalling update… 3.0 MB of 20.0 MB downloaded");
+    EXPECT_EQ(texts().at(8), "(off) Installing update…");
+
+    m_updates.installer.fail(std::runtime_error{"the network is down"});
+    EXPECT_EQ(row->toolTip(), "");
+    EXPECT_EQ(label.toolTip(), before);
+}
+
+TEST_F(Menu, AnEndlessVersionDoesNotMakeItWide)
+{
+    startWithUpdates();
+    content();
+    m_updates.finder.end(UpdateInfo{.version = "2." + std::string(100'000, '1')});
+    EXPECT_LT(texts().at(8).size(), 120U);
 }
 
 TEST_F(Menu, SettingsAndQuitHaveTheirShortcuts)

@@ -2,11 +2,6 @@
 
 #include "JSONCoders.h"
 
-#include <QAbstractEventDispatcher>
-#include <QDeadlineTimer>
-#include <QEventLoop>
-#include <QTimer>
-
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -19,17 +14,6 @@ namespace {
 
 const Date present{Seconds{1'800'000'000}};
 
-/// Sees to it that the test program has an application, which event loops need.
-void requireApplication()
-{
-    if (QCoreApplication::instance())
-        return;
-    static int count = 1;
-    static std::array<char, 6> name{"tests"};
-    static std::array<char*, 2> arguments{name.data(), nullptr};
-    static const QCoreApplication application{count, arguments.data()};
-}
-
 timespec timeOf(Date date)
 {
     const double seconds = date.time_since_epoch().count();
@@ -38,25 +22,6 @@ timespec timeOf(Date date)
 }
 
 }  // namespace
-
-bool runUntil(const std::function<bool()>& condition)
-{
-    constexpr int longTime = 60'000;
-    QDeadlineTimer deadline{longTime};
-    QTimer wake;
-    wake.start(longTime);
-    while (!condition()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
-
-void runPending()
-{
-    QCoreApplication::processEvents();
-}
 
 ModelTest::ModelTest()
     : m_clock(present)
@@ -109,7 +74,8 @@ AppModel& ModelTest::start(AppModel::Initiative initiative)
             .alarm = m_alarm,
             .log = m_log,
             .time = m_time,
-            .ownChanges = m_ownChanges},
+            .ownChanges = m_ownChanges,
+            .updates = m_updateServices},
         AppModel::Options{
             .initiative = initiative, .looksAtLaunch = m_looksAtLaunch, .watchBackend = m_backend});
     QObject::connect(m_model.get(), &AppModel::swept, m_model.get(), [this] { ++m_sweeps; });

@@ -98,6 +98,7 @@ protected:
     RememberingLog m_log;
     std::optional<WatchBackend> m_backend;
     bool m_looksAtLaunch = true;
+    std::optional<UpdateServices> m_updateServices;
     std::unique_ptr<Workspace> m_workspace;
     std::unique_ptr<AppModel> m_model;
 

@@ -1,0 +1,61 @@
+#include "FeedReader.h"
+
+#include "AppModel.h"
+#include "FeedUpdateFinder.h"
+#include "UpdateSettings.h"
+#include "Updater.h"
+
+#include <QCoreApplication>
+
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define TIDEMARK_IS_SANITIZED
+#endif
+#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define TIDEMARK_IS_SANITIZED
+#endif
+
+namespace tidemark {
+
+namespace {
+
+/// A body is limited, but Qt keeps an answer's head of any length.
+void limitMemory()
+{
+#ifndef TIDEMARK_IS_SANITIZED  // sanitizers reserve more than there is
+    constexpr rlim_t most = rlim_t{256} << 20U;
+    const rlimit limit{.rlim_cur = most, .rlim_max = most};
+    ::setrlimit(RLIMIT_DATA, &limit);
+    const rlimit noCore{.rlim_cur = 0, .rlim_max = 0};
+    ::setrlimit(RLIMIT_CORE, &noCore);
+#endif
+}
+
+}  // namespace
+
+int readUpdateFeed(int& argc, char** argv)
+{
+    limitMemory();
+    const QCoreApplication application{argc, argv};
+    FeedUpdateFinder finder{QUrl{QString::fromUtf8(UpdateSettings::feed)}};
+    bool isPrinted = true;
+    const auto search =
+        finder.find(AppModel::version(), [&](const std::optional<UpdateInfo>& update) {
+            if (update) {
+                const std::string text = Updater::announcementOf(*update);
+                isPrinted = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+            }
+            QCoreApplication::quit();
+        });
+    QCoreApplication::exec();
+    isPrinted = std::fflush(stdout) == 0 && isPrinted;
+    // Qt would wait at its end for a name server that still owes an answer.
+    ::_exit(isPrinted ? 0 : 1);
+}
+
+}  // namespace tidemark

@@ -1,0 +1,311 @@
+#include "EventLoop.h"
+#include "PrivateMounts.h"
+#include "ScopedEnvironment.h"
+#include "SleepingProcess.h"
+#include "SwapScript.h"
+#include "TestBundle.h"
+
+#include <QFileSystemWatcher>
+
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <optional>
+
+namespace tidemark {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string noTool = "/nowhere/systemd-run";
+
+/// An installed bundle of version 1.2 and a new one of version 1.3 in a work folder, ready to be swapped.
+class Swap {
+public:
+    explicit Swap(const std::string& folder = "Applications")
+        : m_folder(folder)
+        , m_installed(m_root, folder + "/Tidemark.app", "1.2", m_developer)
+        , m_new(m_root, work() + "/unpacked/Tidemark.app", "1.3", m_developer)
+        , m_before(m_installed.snapshot())
+    {
+    }
+
+    const TemporaryFolder& root() const { return m_root; }
+    const TestBundle& installed() const { return m_installed; }
+    const TestBundle& newBundle() const { return m_new; }
+    const auto& before() const { return m_before; }
+    SleepingProcess& application() { return m_application; }
+
+    std::string path(const std::string& name) const { return m_root.path(m_folder + '/' + name); }
+    FileURL script() const { return m_root.url(work() + ".sh"); }
+
+    pid_t launch(const std::string& scopeTool = noTool) const
+    {
+        return SwapScript::launch(
+            script(), m_new.url(), m_installed.url(), m_application.id(), scopeTool);
+    }
+
+    /// Has the application end and the script do its work; what the program told that was started then.
+    std::string finish(pid_t script)
+    {
+        m_application.end();
+        EXPECT_EQ(::waitpid(script, nullptr, 0), script);
+        return started();
+    }
+
+    std::string run() { return finish(launch()); }
+
+    /// Waits for what the started program tells.
+    std::string started() const
+    {
+        requireApplication();
+        const std::string note = path("Tidemark.app.started");
+        const QFileSystemWatcher watcher{{QString::fromStdString(m_root.path(m_folder))}};
+        EXPECT_TRUE(runUntil([&] { return fs::exists(note); }));
+        return m_root.read(m_folder + "/Tidemark.app.started");
+    }
+
+    std::vector<std::string> names() const { return m_root.names(m_folder); }
+
+private:
+    std::string work() const { return "tmp/qrv-update-" + std::to_string(m_application.id()); }
+
+    const TemporaryFolder m_root;
+    const std::string m_folder;
+    SleepingProcess m_application;
+    const TestDeveloper m_developer;
+    const TestBundle m_installed;
+    const TestBundle m_new;
+    const std::map<std::string, std::string> m_before;
+};
+
+}  // namespace
+
+TEST(SwapScript, HasTheLinesInOrder)
+{
+    const std::string text = SwapScript::text(4711);
+    EXPECT_TRUE(
+        text.starts_with("#!/bin/sh\nwhile kill -0 4711 2>/dev/null; do sleep 0.2; done\n"));
+    EXPECT_FALSE(text.ends_with('\n'));
+}
+
+TEST(SwapScript, PutsTheNewBundleInPlaceAndStartsIt)
+{
+    Swap swap;
+    const auto expected = swap.newBundle().snapshot();
+
+    EXPECT_EQ(swap.run(), "1.3 \n");
+
+    EXPECT_EQ(swap.installed().snapshot(), expected);
+    EXPECT_THAT(swap.names(), ElementsAre("Tidemark.app", "Tidemark.app.started"));
+    EXPECT_THAT(swap.root().names("tmp"), IsEmpty());
+}
+
+TEST(SwapScript, IsForTheUserAlone)
+{
+    Swap swap;
+    const pid_t script = swap.launch();
+    struct stat status = {};
+    EXPECT_EQ(::stat(swap.script().path().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0700U);
+    swap.finish(script);
+}
+
+TEST(SwapScript, WaitsForTheApplication)
+{
+    Swap swap;
+    const pid_t script = swap.launch();
+    EXPECT_EQ(::waitpid(script, nullptr, WNOHANG), 0);
+    EXPECT_EQ(swap.installed().snapshot(), swap.before());
+    EXPECT_EQ(swap.finish(script), "1.3 \n");
+}
+
+TEST(SwapScript, TakesEveryPath)
+{
+    for (const char* folder : {"with blank", "it's", "say \"hi\"", "$HOME `id`", "-rf", "a\nb",
+             "\xc3\xbc", "*", "back\\slash", "; false"}) {
+        SCOPED_TRACE(folder);
+        Swap swap{folder};
+        EXPECT_EQ(swap.run(), "1.3 \n");
+        EXPECT_THAT(swap.names(), ElementsAre("Tidemark.app", "Tidemark.app.started"));
+    }
+}
+
+TEST(SwapScript, RemovesABackupLeftFromBefore)
+{
+    {
+        Swap swap;
+        swap.root().write("Applications/Tidemark.app.bak/bin/tidemark", "old");
+        EXPECT_EQ(swap.run(), "1.3 \n");
+        EXPECT_THAT(swap.names(), ElementsAre("Tidemark.app", "Tidemark.app.started"));
+    }
+    Swap swap;
+    swap.root().write("Applications/Tidemark.app.bak", "a file");
+    EXPECT_EQ(swap.run(), "1.3 \n");
+    EXPECT_THAT(swap.names(), ElementsAre("Tidemark.app", "Tidemark.app.started"));
+}
+
+TEST(SwapScript, BringsTheOldBundleBackWhenThereIsNothingToCopy)
+{
+    Swap swap;
+    fs::remove_all(swap.newBundle().url().path());
+    fs::remove_all(swap.newBundle().path(""));
+
+    EXPECT_EQ(swap.run(), "1.2 \n");
+
+    EXPECT_EQ(swap.installed().snapshot(), swap.before());
+    EXPECT_THAT(swap.names(), ElementsAre("Tidemark.app", "Tidemark.app.started"));
+}
+
+TEST(SwapScript, BringsTheOldBundleBackWhenTheDiskIsFull)
+{
+    testWithPrivateMounts([] {
+        const TemporaryFolder disk;
+        mountMemory(disk.path(), "size=256k");
+        Swap swap;
+        // What fits is copied before what does not.
+        swap.newBundle().write("share/large", std::string(1 << 20, 'x'));
+        const std::string applications = swap.root().path("Applications");
+        fs::copy(applications, disk.path(),
+            fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+        mountAgain(disk.path(), applications);
+        ASSERT_EQ(swap.installed().snapshot(), swap.before());
+
+        EXPECT_EQ(swap.run(), "1.2 \n");
+
+        EXPECT_EQ(swap.installed().snapshot(), swap.before());
+        EXPECT_THAT(swap.names(), ElementsAre("Tidemark.app", "Tidemark.app.started"));
+    });
+}
+
+TEST(SwapScript, LeavesABundleThatCannotBeMovedAside)
+{
+    testWithPrivateMounts([] {
+        Swap swap;
+        // What is mounted is busy.
+        mountAgain(swap.path("Tidemark.app"), swap.path("Tidemark.app"));
+
+        EXPECT_EQ(swap.run(), "1.2 \n");
+
+        EXPECT_EQ(swap.installed().snapshot(), swap.before());
+    });
+}
+
+TEST(SwapScript, LeavesTheBundleWhenAnOldBackupCannotBeRemoved)
+{
+    testWithPrivateMounts([] {
+        Swap swap;
+        swap.root().write("Applications/Tidemark.app.bak/bin/tidemark", "older");
+        mountAgain(swap.path("Tidemark.app.bak"), swap.path("Tidemark.app.bak"));
+
+        EXPECT_EQ(swap.run(), "1.2 \n");
+
+        EXPECT_EQ(swap.installed().snapshot(), swap.before());
+    });
+}
+
+TEST(SwapScript, StartsWithTheEnvironmentOfTheApplication)
+{
+    const ScopedEnvironment mark{"MARK", "kept"};
+    Swap swap;
+    EXPECT_EQ(swap.run(), "1.3 kept\n");
+}
+
+TEST(SwapScript, OutlivesTheGroupAndTheSessionOfItsParent)
+{
+    Swap swap;
+    int ready[2] = {};
+    ASSERT_EQ(::pipe(ready), 0);
+    const pid_t parent = ::fork();
+    if (parent == 0) {
+        ::setsid();
+        const pid_t script = swap.launch();
+        (void)!::write(ready[1], &script, sizeof script);
+        for (;;)
+            ::pause();
+    }
+    pid_t script = 0;
+    ASSERT_EQ(::read(ready[0], &script, sizeof script), ssize_t{sizeof script});
+    EXPECT_EQ(::getsid(script), script);
+    EXPECT_EQ(::kill(-parent, SIGKILL), 0);
+    ASSERT_EQ(::waitpid(parent, nullptr, 0), parent);
+
+    swap.application().end();
+
+    EXPECT_EQ(swap.started(), "1.3 \n");
+    ::close(ready[0]);
+    ::close(ready[1]);
+}
+
+TEST(SwapScript, LeavesTheUnitOfTheApplicationWhereThereIsAUserManager)
+{
+    Swap swap;
+    // Notes how it was called and does as it is told, like systemd-run.
+    const FileURL tool = swap.root().write("tmp/scope",
+        "#!/bin/sh\n"
+        "for word; do printf '%s ' \"$word\"; done >>'"
+            + swap.root().path("calls")
+            + "'\n"
+              "echo >>'"
+            + swap.root().path("calls")
+            + "'\n"
+              "while [ \"$1\" != -- ]; do shift; done\n"
+              "shift\n"
+              "exec \"$@\"\n");
+    ASSERT_EQ(::chmod(tool.path().c_str(), 0700), 0);
+
+    EXPECT_EQ(swap.finish(swap.launch(tool.path())), "1.3 \n");
+
+    const std::string calls = swap.root().read("calls");
+    EXPECT_THAT(calls, HasSubstr("--user --scope --collect"));
+    EXPECT_THAT(calls, HasSubstr(swap.script().path()));
+}
+
+TEST(SwapScript, StartsWithoutAUserManager)
+{
+    Swap swap;
+    const FileURL tool = swap.root().write("tmp/scope", "#!/bin/sh\nexit 1\n");
+    ASSERT_EQ(::chmod(tool.path().c_str(), 0700), 0);
+    EXPECT_EQ(swap.finish(swap.launch(tool.path())), "1.3 \n");
+}
+
+TEST(Subprocess, InheritsNoFilesAndNoBlockedSignals)
+{
+    const TemporaryFolder folder;
+    sigset_t blocked;
+    sigset_t before;
+    ::sigemptyset(&blocked);
+    ::sigaddset(&blocked, SIGTERM);
+    ::sigaddset(&blocked, SIGHUP);
+    ::sigprocmask(SIG_BLOCK, &blocked, &before);
+    // Without close-on-exec, and far from the numbers that a shell takes for itself.
+    const int inherited = ::fcntl(STDERR_FILENO, F_DUPFD, 100);
+    ASSERT_GE(inherited, 100);
+    const pid_t process = Subprocess::start(
+        {"sh", "-c",
+            "readlink /proc/$$/fd/0 >\"$1/input\"\n"
+            "for file in /proc/$$/fd/1??; do echo \"$file\"; done >\"$1/inherited\"\n"
+            "exec grep SigBlk /proc/self/status >\"$1/signals\"",
+            "sh", folder.path()},
+        Subprocess::Session::own);
+    ::sigprocmask(SIG_SETMASK, &before, nullptr);
+    ::close(inherited);
+    ASSERT_EQ(::waitpid(process, nullptr, 0), process);
+
+    EXPECT_THAT(folder.read("signals"), HasSubstr("\t0000000000000000"));
+    EXPECT_EQ(folder.read("input"), "/dev/null\n");
+    EXPECT_THAT(folder.read("inherited"), testing::EndsWith("/fd/1??\n"))
+        << "the pattern fits none";
+}
+
+}  // namespace tidemark
