@@ -1,0 +1,31 @@
+"""Every text of the interface, to the character."""
+
+ONBOARDING = [
+    "Welcome to Tidemark",
+    "Your Desktop and Downloads, under control.",
+    "Screenshots get named and filed automatically.",
+    "Old installers are cleaned up once you're done with them.",
+    "Downloads older than 30 days are tucked into a dated archive.",
+    "All three are on. Nothing is ever deleted \u2014 everything moves, and \u201cUndo last sweep\u201d puts it right back.",
+    "Turn on Markdown sorting for a folder and notes file themselves by their front-matter.",
+    "Add folder\u2026",
+    "Start sweeping",
+]
+
+
+def menu(about, status="Watching 2 folders", paused=False, activity=("No recent activity",)):
+    """The menu from top to bottom, with "-" for a separator."""
+    return [
+        status,
+        "-",
+        "Sweep now",
+        "Resume sweeping" if paused else "Pause sweeping",
+        "Undo last sweep",
+        "-",
+        *activity,
+        "-",
+        "Check for Updates\u2026",
+        about,
+        "Settings\u2026",
+        "Quit Tidemark",
+    ]
