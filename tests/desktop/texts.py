@@ -29,3 +29,27 @@ def menu(about, status="Watching 2 folders", paused=False, activity=("No recent 
         "Settings\u2026",
         "Quit Tidemark",
     ]
+
+_RULES = [
+    "File screenshots", "Renamed and filed into a Screenshots folder",
+    "Clean up installers", "Moved to the Trash", "Trash after 30 days",
+    "Archive old downloads", "Moved into a dated Archive folder", "Archive after 30 days",
+    "Sort Markdown files", "Organize .md by front-matter",
+]
+
+
+def settings(branding, seconds=0):
+    """The labels of the settings window from top to bottom, both standard folders disclosed."""
+    return [
+        "Folders",
+        "Desktop", "Access granted", "~/Desktop", *_RULES,
+        "Downloads", "Access granted", "~/Downloads", *_RULES,
+        "Markdown",
+        "Subfolder name",
+        "In each folder above (when its toggle is on), .md files are moved into a subfolder with this name "
+        "\u2014 renamed to their title and grouped by month. Leave empty to turn Markdown sorting off.",
+        "General",
+        f"Wait {seconds}s before touching a new file",
+        "About",
+        branding,
+    ]

@@ -66,6 +66,7 @@ class Tidemark:
             return json.load(file)
 
     def write_settings(self, **members):
+        """Before the start. Whoever is there already has been welcomed, and does not wait for new files."""
         os.makedirs(self.support, mode=0o700, exist_ok=True)
         with open(os.path.join(self.support, "settings.json"), "w", encoding="utf-8") as file:
             json.dump({"hasOnboarded": True, "gracePeriod": 0} | members, file)

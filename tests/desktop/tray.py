@@ -84,9 +84,12 @@ class TrayItem:
         """What a panel calls when it is clicked."""
         self._item.Activate(0, 0, dbus_interface=_ITEM)
 
+    def menu_place(self):
+        """Bus name and path of the menu."""
+        return self._name, str(self.property("Menu"))
+
     def _menu(self):
-        return dbus.Interface(
-            _bus().get_object(self._name, str(self.property("Menu")), introspect=False), _MENU)
+        return dbus.Interface(_bus().get_object(*self.menu_place(), introspect=False), _MENU)
 
     def menu(self):
         """The items of the menu from top to bottom."""
