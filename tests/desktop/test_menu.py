@@ -143,7 +143,7 @@ class Menu(DesktopCase):
 
         self.panel.click_icon(1)
 
-        until(lambda: self.desktop.windows_of("tidemark"), "a menu is open")
+        self.desktop.wait_for_popup("tidemark")
         self.photograph("menu")
         self.desktop.press("Down", "Down", "Return")
         self.tidemark.wait_for_setting("isPaused", True)

@@ -102,6 +102,9 @@ class X11Desktop(Session):
     def move(self, x, y):
         self.run(["xdotool", "mousemove", str(x), str(y)])
 
+    def scroll_down(self):
+        self.run(["xdotool", "click", "--repeat", "10", "--delay", "5", "5"])
+
     def press(self, *keys):
         """Presses keys by their X names, such as Return or ctrl+comma."""
         self.run(["xdotool", "key", "--clearmodifiers", "--delay", "30", *keys])
@@ -130,7 +133,23 @@ class X11Desktop(Session):
         def find():
             found = self.windows(title)
             return found if len(found) == 1 and self.active_title() == title else None
-        return until(find, f"the window {title!r} is in front; in front is {self.active_title()!r}")[0]
+        window = until(find, f"the window {title!r} is in front; in front is {self.active_title()!r}")[0]
+        self._wait_until_painted(window)
+        return window
+
+    def _wait_until_painted(self, window):
+        def count_colours():
+            return int(self.run(["import", "-silent", "-window", str(window), "-format", "%k", "info:"]))
+        until(lambda: count_colours() > 1, "the window is painted")
+
+    def wait_for_popup(self, program):
+        """A window of the program which is large enough to be a menu, and no icon."""
+        def find():
+            found = [each for each in self.windows_of(program) if min(self.geometry(each)[2:]) > 100]
+            return found[0] if len(found) == 1 else None
+        window = until(find, f"a menu of {program} is open")
+        self._wait_until_painted(window)
+        return window
 
     def active_title(self):
         done = subprocess.run(
