@@ -1,14 +1,12 @@
 """Desktops that lack something, lose something, or have too much of it."""
 
-import json
 import os
-import re
 import signal
 import unittest
 
 import accessibility
+import looks
 import texts
-import tray
 from desktop_case import DesktopCase
 from panel import Panel
 from polling import until
@@ -294,10 +292,7 @@ class Trouble(DesktopCase):
         self.check_that_large_settings_fit()
 
     def start_with_large_text(self):
-        # As KDE keeps it.
-        self.tidemark.write(".config/kdeglobals", "[General]\nfont=DejaVu Sans,20,-1,5,50,0,0,0,0,0\n")
-        return self.start_large(environment={
-            "XDG_CURRENT_DESKTOP": "KDE", "KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": "5"})
+        return self.start_large(environment=looks.large_text(self.tidemark))
 
     def start_large(self, environment):
         self.start(settings={"hasOnboarded": False}, environment=environment)
@@ -312,6 +307,20 @@ class Trouble(DesktopCase):
         window = self.desktop.wait_for_window(SETTINGS)
         self.photograph("settings")
         self.check_that_it_is_on_the_screen(window)
+
+    def test_follows_dark_colours(self):
+        self.start(settings={"hasOnboarded": False}, environment=looks.dark(self.tidemark))
+        window = self.desktop.wait_for_window(WELCOME)
+        self.photograph("onboarding")
+        self.assertLess(self.desktop.brightness(window), 0.4)
+        self.desktop.press("Return")
+        self.desktop.wait_until_closed(WELCOME)
+        self.tidemark.run()
+        window = self.desktop.wait_for_window(SETTINGS)
+        self.desktop.click(*self.tidemark.find("Rules of Desktop").centre())
+        self.tidemark.find("Sort Markdown files, Desktop")
+        self.photograph("settings")
+        self.assertLess(self.desktop.brightness(window), 0.4)
 
     # It grows where it is, instead of moving up.
     @unittest.expectedFailure

@@ -125,6 +125,26 @@ class Wayland(DesktopCase):
                               check=False)
         return float(done.stderr) > 10000
 
+    def test_displays_of_different_scale_show_the_window_equally_large(self):
+        self.start()
+        self.tidemark.run()
+        here = self.desktop.wait_for_window(SETTINGS)["rect"]
+        self.photograph("here")
+
+        with self.desktop.second_display(scale=2):
+            window = f'[title="{SETTINGS}"]'
+            self.desktop.order(window, "move", "container", "to", "output", "HEADLESS-2")
+            self.desktop.order(window, "focus")
+            until(lambda: self.desktop.windows(SETTINGS)[0]["rect"]["x"] >= self.desktop.size[0],
+                  "the window is on the other display")
+            there = self.desktop.wait_for_window(SETTINGS)["rect"]
+            self.photograph("there")
+            self.click(SETTINGS, "Wait 0s before touching a new file", "spin button")
+            self.desktop.press("Up")
+            self.tidemark.wait_for_setting("gracePeriod", 15)
+
+        self.assertEqual((there["width"], there["height"]), (here["width"], here["height"]))
+
     def test_without_a_tray_the_menu_stands_in_a_window(self):
         self.desktop.stop_panel()
         self.tidemark.write_settings()

@@ -1,9 +1,9 @@
-/* virtual-pointer WIDTH HEIGHT: a mouse for a Wayland desktop of that size, moved by lines on the standard input. Each line is
- * answered by "done" when the compositor has taken note of it; the first "done" says that the mouse is there.
+/* virtual-pointer: a mouse for a Wayland desktop, moved by lines on the standard input. Each line is answered by "done" when
+ * the compositor has taken note of it; the first "done" says that the mouse is there.
  *
- *     move X Y
+ *     move X Y WIDTH HEIGHT    to that point of a desktop of that size
  *     press BUTTON
- *     release BUTTON    by its number in linux/input-event-codes.h: 272 left, 273 right
+ *     release BUTTON           by its number in linux/input-event-codes.h: 272 left, 273 right
  *
  * The mouse is there for as long as the program runs, and with it the desktop's readiness to send pointer events.
  */
@@ -56,13 +56,8 @@ static void confirm(struct wl_display *display)
     fflush(stdout);
 }
 
-int main(int argc, char *argv[])
+int main(void)
 {
-    if (argc != 3)
-        fail("usage: virtual-pointer WIDTH HEIGHT");
-    const uint32_t width = (uint32_t)atoi(argv[1]);
-    const uint32_t height = (uint32_t)atoi(argv[2]);
-
     struct wl_display *display = wl_display_connect(NULL);
     if (!display)
         fail("there is no Wayland desktop");
@@ -79,8 +74,10 @@ int main(int argc, char *argv[])
     while (fgets(line, sizeof line, stdin)) {
         unsigned x = 0;
         unsigned y = 0;
+        unsigned width = 0;
+        unsigned height = 0;
         unsigned button = 0;
-        if (sscanf(line, "move %u %u", &x, &y) == 2)
+        if (sscanf(line, "move %u %u %u %u", &x, &y, &width, &height) == 4)
             zwlr_virtual_pointer_v1_motion_absolute(pointer, milliseconds(), x, y, width, height);
         else if (sscanf(line, "press %u", &button) == 1)
             zwlr_virtual_pointer_v1_button(

@@ -1,10 +1,10 @@
 """A Wayland desktop without a screen: sway with a bar that has a tray."""
 
+import contextlib
 import json
 import os
 import shutil
 import subprocess
-import tempfile
 
 from polling import until
 from session import Session
@@ -32,6 +32,7 @@ class WaylandDesktop(Session):
     def __init__(self, panel="waybar"):
         super().__init__()
         self.panel = None
+        self._reach = self.size  # of the mouse
         self.environment |= {"XDG_SESSION_TYPE": "wayland", "XDG_CURRENT_DESKTOP": "sway",
                              "QT_QPA_PLATFORM": "wayland"}
         self.start_bus()
@@ -45,15 +46,17 @@ class WaylandDesktop(Session):
 
     def _start_compositor(self):
         """sway refuses to run as root. Then it alone runs as nobody, with a folder that is its own."""
-        folder = tempfile.mkdtemp(prefix="tidemark-sway-")
+        folder = self.path("sway")
+        os.mkdir(folder, mode=0o700)
         options = {}
         if os.getuid() == 0:
             options = {"user": "nobody", "group": "nogroup", "extra_groups": []}
+            os.chmod(self.folder, 0o711)
             shutil.chown(folder, "nobody", "nogroup")
-        self._compositor_folder = folder
         with open(os.path.join(folder, "config"), "w", encoding="utf-8") as file:
             file.write(_CONFIGURATION)
-            file.write(f"output * resolution {self.size[0]}x{self.size[1]} bg #305070 solid_color\n")
+            file.write(f"output HEADLESS-1 resolution {self.size[0]}x{self.size[1]} position 0 0\n")
+            file.write("output * bg #305070 solid_color\n")
         os.chmod(os.path.join(folder, "config"), 0o644)
         socket = os.path.join(folder, "sway.sock")
         self.start("compositor", ["sway", "-c", os.path.join(folder, "config")], {
@@ -69,7 +72,7 @@ class WaylandDesktop(Session):
 
     def _start_pointer(self):
         pointer = subprocess.Popen(
-            [POINTER, str(self.size[0]), str(self.size[1])], env=self.environment, text=True,
+            [POINTER], env=self.environment, text=True,
             stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         if pointer.stdout.readline() != "done\n":
             raise RuntimeError("no pointer")
@@ -101,7 +104,6 @@ class WaylandDesktop(Session):
         self._pointer.wait()
         self._pointer.stdout.close()
         super().end()
-        shutil.rmtree(self._compositor_folder, ignore_errors=True)
 
     def command(self, kind):
         """What sway answers to a question."""
@@ -109,6 +111,20 @@ class WaylandDesktop(Session):
 
     def order(self, *words):
         self.run(["swaymsg", *words])
+
+    @contextlib.contextmanager
+    def second_display(self, scale):
+        """A display right of the first for as long as it is wanted. The mouse is on both."""
+        self.order("create_output")
+        width, height = self.size[0] * scale, self.size[1] * scale
+        self.order("output", "HEADLESS-2", "enable", "resolution", f"{width}x{height}", "scale", str(scale),
+                   "position", str(self.size[0]), "0")
+        self._reach = (2 * self.size[0], self.size[1])
+        try:
+            yield
+        finally:
+            self.order("output", "HEADLESS-2", "disable")
+            self._reach = self.size
 
     def photograph(self, file):
         self.run(["grim", file])
@@ -122,7 +138,7 @@ class WaylandDesktop(Session):
             raise RuntimeError("the pointer has gone")
 
     def move(self, x, y):
-        self._tell_pointer(f"move {x} {y}")
+        self._tell_pointer(f"move {x} {y} {self._reach[0]} {self._reach[1]}")
 
     def click(self, x, y, button=1):
         number = {1: 272, 3: 273}[button]

@@ -92,6 +92,14 @@ class X11Desktop(Session):
     def photograph(self, file):
         self.run(["import", "-silent", "-window", "root", file])
 
+    def photograph_at_rest(self, file):
+        """Once nothing moves any more, such as a menu that fades in."""
+        def take():
+            self.photograph(file)
+            return self.run(["identify", "-format", "%#", file])
+
+        until(lambda: take() == take(), "the screen is at rest")
+
     # Mouse and keyboard
 
     def click(self, x, y, button=1):
@@ -137,10 +145,15 @@ class X11Desktop(Session):
         self._wait_until_painted(window)
         return window
 
+    def _measure(self, window, what):
+        return float(self.run(["import", "-silent", "-window", str(window), "-format", what, "info:"]))
+
     def _wait_until_painted(self, window):
-        def count_colours():
-            return int(self.run(["import", "-silent", "-window", str(window), "-format", "%k", "info:"]))
-        until(lambda: count_colours() > 1, "the window is painted")
+        until(lambda: self._measure(window, "%k") > 1, "the window has more than one colour")
+
+    def brightness(self, window):
+        """From 0 for black to 1 for white."""
+        return self._measure(window, "%[fx:mean]")
 
     def wait_for_popup(self, program):
         """A window of the program which is large enough to be a menu, and no icon."""
