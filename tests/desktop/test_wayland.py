@@ -6,9 +6,8 @@ import unittest
 
 import accessibility
 import texts
-from desktop_case import DesktopCase
 from polling import until
-from wayland_desktop import WaylandDesktop
+from wayland_case import WaylandCase
 
 ABOUT = os.environ["TIDEMARK_ABOUT"]
 SETTINGS = "Tidemark Settings"
@@ -16,24 +15,11 @@ WELCOME = "Welcome to Tidemark"
 MENU = "Tidemark"
 
 
-class Wayland(DesktopCase):
-    @classmethod
-    def make_desktop(cls):
-        return WaylandDesktop()
-
+class Wayland(WaylandCase):
     def setUp(self):
         super().setUp()
         if self.desktop.panel.poll() is not None:
             self.desktop.start_panel()
-
-    def start(self, **settings):
-        self.tidemark.write_settings(**settings)
-        self.tidemark.start()
-        return self.tidemark.icon()
-
-    def click(self, window, name, role=None):
-        node = self.tidemark.find(name, role, window)
-        self.desktop.click(*self.desktop.place_in(window, node))
 
     def icon_place(self):
         """At the right end of the bar is the tray, with one icon."""
@@ -124,26 +110,6 @@ class Wayland(DesktopCase):
         done = subprocess.run(["compare", "-metric", "AE", picture, now, "null:"], capture_output=True, text=True,
                               check=False)
         return float(done.stderr) > 10000
-
-    def test_displays_of_different_scale_show_the_window_equally_large(self):
-        self.start()
-        self.tidemark.run()
-        here = self.desktop.wait_for_window(SETTINGS)["rect"]
-        self.photograph("here")
-
-        with self.desktop.second_display(scale=2):
-            window = f'[title="{SETTINGS}"]'
-            self.desktop.order(window, "move", "container", "to", "output", "HEADLESS-2")
-            self.desktop.order(window, "focus")
-            until(lambda: self.desktop.windows(SETTINGS)[0]["rect"]["x"] >= self.desktop.size[0],
-                  "the window is on the other display")
-            there = self.desktop.wait_for_window(SETTINGS)["rect"]
-            self.photograph("there")
-            self.click(SETTINGS, "Wait 0s before touching a new file", "spin button")
-            self.desktop.press("Up")
-            self.tidemark.wait_for_setting("gracePeriod", 15)
-
-        self.assertEqual((there["width"], there["height"]), (here["width"], here["height"]))
 
     def test_without_a_tray_the_menu_stands_in_a_window(self):
         self.desktop.stop_panel()

@@ -17,10 +17,10 @@
 #include <string.h>
 #include <time.h>
 
-static struct zwlr_virtual_pointer_manager_v1 *manager;
+static struct zwlr_virtual_pointer_manager_v1* manager;
 
-static void announced(void *data, struct wl_registry *registry, uint32_t name, const char *interface,
-    uint32_t version)
+static void announced(void* data, struct wl_registry* registry, uint32_t name,
+    const char* interface, uint32_t version)
 {
     (void)data;
     (void)version;
@@ -28,7 +28,7 @@ static void announced(void *data, struct wl_registry *registry, uint32_t name, c
         manager = wl_registry_bind(registry, name, &zwlr_virtual_pointer_manager_v1_interface, 1);
 }
 
-static void withdrawn(void *data, struct wl_registry *registry, uint32_t name)
+static void withdrawn(void* data, struct wl_registry* registry, uint32_t name)
 {
     (void)data;
     (void)registry;
@@ -42,13 +42,13 @@ static uint32_t milliseconds(void)
     return (uint32_t)(now.tv_sec * 1000 + now.tv_nsec / 1000000);
 }
 
-static void fail(const char *reason)
+static void fail(const char* reason)
 {
     fprintf(stderr, "virtual-pointer: %s\n", reason);
     exit(1);
 }
 
-static void confirm(struct wl_display *display)
+static void confirm(struct wl_display* display)
 {
     if (wl_display_roundtrip(display) < 0)
         fail("the desktop has gone");
@@ -58,7 +58,7 @@ static void confirm(struct wl_display *display)
 
 int main(void)
 {
-    struct wl_display *display = wl_display_connect(NULL);
+    struct wl_display* display = wl_display_connect(NULL);
     if (!display)
         fail("there is no Wayland desktop");
     static const struct wl_registry_listener listener = {announced, withdrawn};
@@ -66,8 +66,8 @@ int main(void)
     wl_display_roundtrip(display);
     if (!manager)
         fail("the desktop knows no virtual pointers");
-    struct zwlr_virtual_pointer_v1 *pointer
-        = zwlr_virtual_pointer_manager_v1_create_virtual_pointer(manager, NULL);
+    struct zwlr_virtual_pointer_v1* pointer =
+        zwlr_virtual_pointer_manager_v1_create_virtual_pointer(manager, NULL);
     confirm(display);
 
     char line[100];

@@ -1,6 +1,5 @@
 """A Wayland desktop without a screen: sway with a bar that has a tray."""
 
-import contextlib
 import json
 import os
 import shutil
@@ -112,19 +111,13 @@ class WaylandDesktop(Session):
     def order(self, *words):
         self.run(["swaymsg", *words])
 
-    @contextlib.contextmanager
-    def second_display(self, scale):
-        """A display right of the first for as long as it is wanted. The mouse is on both."""
+    def add_display(self, scale):
+        """A display right of the first, as large to the eye. The mouse is on both."""
         self.order("create_output")
         width, height = self.size[0] * scale, self.size[1] * scale
         self.order("output", "HEADLESS-2", "enable", "resolution", f"{width}x{height}", "scale", str(scale),
                    "position", str(self.size[0]), "0")
         self._reach = (2 * self.size[0], self.size[1])
-        try:
-            yield
-        finally:
-            self.order("output", "HEADLESS-2", "disable")
-            self._reach = self.size
 
     def photograph(self, file):
         self.run(["grim", file])
@@ -185,9 +178,10 @@ class WaylandDesktop(Session):
     def wait_until_closed(self, title):
         until(lambda: not self.windows(title), f"the window {title!r} is closed")
 
-    def place_in(self, title, node):
-        """Where on the screen the middle of something in the window is: programs do not know where their windows are."""
+    def place_in(self, title, frame, node):
+        """Where on the screen the middle of something in the window is, of which `frame` is the outermost node:
+        programs do not know where their windows are."""
         window = self.windows(title)[0]
         x, y = node.centre()
-        return (window["rect"]["x"] + window["window_rect"]["x"] + x,
-                window["rect"]["y"] + window["window_rect"]["y"] + y)
+        return (window["rect"]["x"] + window["window_rect"]["x"] + x - frame.x,
+                window["rect"]["y"] + window["window_rect"]["y"] + y - frame.y)
