@@ -1,6 +1,6 @@
 """Windows as a screen reader finds them, by the Assistive Technology Service Provider Interface."""
 
-from dataclasses import dataclass, field
+from dataclasses import dataclass
 
 import gi
 
@@ -29,26 +29,12 @@ class Node:
     width: int
     height: int
     depth: int
-    accessible: object = field(repr=False, compare=False)
 
     def centre(self):
         return self.x + self.width // 2, self.y + self.height // 2
 
-    def text(self):
-        interface = self.accessible.get_text_iface()
-        return Atspi.Text.get_text(interface, 0, -1) if interface else ""
-
-    def value(self):
-        return Atspi.Value.get_current_value(self.accessible.get_value_iface())
-
     def has(self, state):
         return state in self.states
-
-    def press(self):
-        Atspi.Action.do_action(self.accessible.get_action_iface(), 0)
-
-    def focus(self):
-        Atspi.Component.grab_focus(self.accessible.get_component_iface())
 
 
 _STATES = {
@@ -68,7 +54,7 @@ def _node(accessible, depth):
         description=accessible.get_description() or "",
         states=frozenset(name for name, state in _STATES.items() if states.contains(state)),
         x=place.x if place else 0, y=place.y if place else 0, width=place.width if place else 0,
-        height=place.height if place else 0, depth=depth, accessible=accessible)
+        height=place.height if place else 0, depth=depth)
 
 
 def _walk(accessible, depth):

@@ -128,16 +128,6 @@ class Session:
             raise RuntimeError(f"{command} ended with {done.returncode}: {done.stdout}{done.stderr}")
         return done.stdout
 
-    def stop(self, child, seconds=30):
-        """Ends one child and returns its exit status."""
-        if child.poll() is None:
-            child.terminate()
-        try:
-            return child.wait(seconds)
-        except subprocess.TimeoutExpired:
-            child.kill()
-            return child.wait()
-
     def end(self):
         _end_members(self.mark)
         for child in self._children:
@@ -147,12 +137,11 @@ class Session:
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def start_bus(self):
-        """The session bus, which starts nothing but what the desktop tests need."""
+        """The session bus, also for the libraries that this very process uses."""
         address = f"unix:path={self.path('run/bus')}"
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = address
         self.start("dbus", ["dbus-daemon", "--session", "--nofork", "--nopidfile", f"--address={address}"])
         until(lambda: os.path.exists(self.path("run/bus")), "the session bus is there")
-        # Libraries of this very process are meant to find the same bus.
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = address
         os.environ["XDG_RUNTIME_DIR"] = self.environment["XDG_RUNTIME_DIR"]
 
