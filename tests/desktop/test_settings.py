@@ -180,7 +180,7 @@ class SettingsWindow(DesktopCase):
         os.makedirs(self.tidemark.path("Papers"))
         self.open()
         self.click("Add folder…")
-        until(lambda: self.desktop.active_title() not in ("", SETTINGS), "the chooser is open")
+        self.desktop.wait_for_window("Choose folders for Tidemark to keep tidy")
         self.photograph("chooser")
         self.desktop.type(self.tidemark.path("Papers"))
         self.desktop.press("Return")
