@@ -180,9 +180,9 @@ class SettingsWindow(DesktopCase):
         os.makedirs(self.tidemark.path("Papers"))
         self.open()
         self.click("Add folder…")
-        self.desktop.wait_for_window("Choose folders for Tidemark to keep tidy")
-        self.photograph("chooser")
+        self.desktop.wait_for_window("Choose folders for Tidemark to keep tidy.")
         self.desktop.type(self.tidemark.path("Papers"))
+        self.photograph("chooser")
         self.desktop.press("Return")
 
         self.wait_for_folders("Desktop", "Downloads", "Papers")

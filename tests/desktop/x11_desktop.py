@@ -1,6 +1,7 @@
 """An X11 desktop without a screen: an X server in memory, a window manager and a panel with a tray."""
 
 import os
+import re
 import subprocess
 
 from polling import until
@@ -124,7 +125,7 @@ class X11Desktop(Session):
 
     def windows(self, title):
         """The ids of the windows on the screen with that title."""
-        return self._search("--name", f"^{title}$")
+        return self._search("--name", f"^{re.escape(title)}$")
 
     def windows_of(self, program):
         """The ids of the windows on the screen that say that they are of that program."""
