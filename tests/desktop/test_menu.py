@@ -120,14 +120,14 @@ class Menu(DesktopCase):
         expected = [f"Filed Screenshot {name}.png".replace("\t", "\ufffd") for name in names]
         self.assertEqual(sorted(shown), sorted(expected))
 
-    # GTK takes the marks out of such a text twice.
-    @unittest.expectedFailure
-    def test_names_with_ampersands_and_underscores_are_shown_as_they_are(self):
-        names = ["a&b_c", "a_b&c", "a&&b_"]
+    # GTK takes the marks out of such a text twice; where that cannot be helped, something like an underscore is shown.
+    def test_names_with_ampersands_and_underscores_lose_neither(self):
+        shown_as = {"a&b_c": "a&bˍc", "a_b&c": "a_b&c", "a_b&c_d&e": "a_b&c_d&e", "a&&b_": "a&&bˍ"}
 
-        shown = self.read_names(names)
+        shown = self.read_names(list(shown_as))
 
-        self.assertEqual(sorted(shown), sorted(f"Filed Screenshot {name}.png" for name in names))
+        self.assertEqual(
+            sorted(shown), sorted(f"Filed Screenshot {name}.png" for name in shown_as.values()))
 
     def test_keys_choose_an_item(self):
         self.start()

@@ -93,8 +93,6 @@ class SmallScreen(DesktopCase):
         self.check_that_it_is_on_the_screen(window)
         self.check_that_large_settings_fit()
 
-    # As wide as ever, it is higher than the screen.
-    @unittest.expectedFailure
     def test_text_of_twice_the_size_fits_the_screen_at_the_first_start(self):
         window = self.start_with_large_text()
         self.check_that_it_is_on_the_screen(window)
@@ -134,8 +132,6 @@ class SmallScreen(DesktopCase):
         self.photograph("settings")
         self.assertLess(self.desktop.brightness(window), 0.4)
 
-    # It grows where it is, instead of moving up.
-    @unittest.expectedFailure
     def test_what_is_disclosed_stays_on_the_screen(self):
         self.start()
         self.tidemark.icon()
