@@ -281,18 +281,20 @@ TEST_F(UpdateCheckTest, AServerThatIsSilentIsGivenUp)
 
 TEST_F(UpdateCheckTest, AServerThatDribblesIsGivenUp)
 {
-    m_limits.whole = 500ms;
     std::size_t sent = 0;
-    EXPECT_EQ(find([&](QSslSocket& socket) {
-        socket.write("HTTP/1.1 200 OK\r\n\r\n" + feed);
-        auto* timer = new QTimer{&socket};
-        QObject::connect(timer, &QTimer::timeout, &socket, [&] {
-            socket.write(" ");
-            ++sent;
-        });
-        timer->start(1ms);
-    }),
-        "");
+    // A busy machine may need longer for the first byte.
+    for (m_limits.whole = 500ms; sent == 0 && m_limits.whole < 60s; m_limits.whole *= 2) {
+        EXPECT_EQ(find([&](QSslSocket& socket) {
+            socket.write("HTTP/1.1 200 OK\r\n\r\n" + feed);
+            auto* timer = new QTimer{&socket};
+            QObject::connect(timer, &QTimer::timeout, &socket, [&] {
+                socket.write(" ");
+                ++sent;
+            });
+            timer->start(1ms);
+        }),
+            "");
+    }
     EXPECT_GT(sent, 0U);
 }
 
@@ -340,7 +342,7 @@ TEST_F(UpdateCheckTest, ABodyWithoutEndIsGivenUp)
         "");
     // The client takes no more, so that the server hears of the end.
     EXPECT_TRUE(runUntil([&] { return connection.isNull(); }));
-    EXPECT_GT(sent, m_limits.body);
+    EXPECT_GE(sent, m_limits.body);
 }
 
 TEST_F(UpdateCheckTest, HeadersWithoutEndAreGivenUp)
