@@ -13,10 +13,8 @@ ActivationRelay::ActivationRelay(
     : m_supportFolder(std::move(supportFolder))
     , m_tellFailure(std::move(tellFailure))
     , m_service({
-          .bringForward =
-              [this](
-                  const std::string& token) { passOn({.options = {}, .activationToken = token}); },
-          .perform = [this](AppAction action) { passOn({.options = {.action = action}}); },
+          .bringForward = [this](const std::string& token) { bringForward(token); },
+          .perform = [this](AppAction action) { perform(action); },
       })
 {
     using namespace std::chrono_literals;
@@ -24,6 +22,20 @@ ActivationRelay::ActivationRelay(
     m_patience.setInterval(3s);
     QObject::connect(&m_patience, &QTimer::timeout, &m_patience, [] { QCoreApplication::quit(); });
     m_patience.start();
+}
+
+void ActivationRelay::bringForward(const std::string& activationToken)
+{
+    HandOver handOver;
+    handOver.activationToken = activationToken;
+    passOn(handOver);
+}
+
+void ActivationRelay::perform(AppAction action)
+{
+    HandOver handOver;
+    handOver.options.action = action;
+    passOn(handOver);
 }
 
 void ActivationRelay::passOn(const HandOver& handOver)

@@ -20,6 +20,8 @@ public:
     ActivationRelay(FileURL supportFolder, std::function<void(const std::string&)> tellFailure);
 
 private:
+    void bringForward(const std::string& activationToken);
+    void perform(AppAction action);
     void passOn(const HandOver& handOver);
 
     const FileURL m_supportFolder;

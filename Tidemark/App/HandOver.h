@@ -9,7 +9,7 @@ namespace tidemark {
 
 /// What a second start has to offer to the one that runs. A plain value.
 struct HandOver {
-    LaunchOptions options;
+    LaunchOptions options = {};
     std::string activationToken = {};  ///< The right to take the focus, on Wayland.
 
     /// Has the process that serves the support folder come to the front, or do what this one was asked for. It
