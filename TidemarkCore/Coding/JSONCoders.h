@@ -3,8 +3,10 @@
 #include "JSONDecoder.h"
 #include "JSONDocument.h"
 #include "JSONEncoder.h"
+#include "JSONVerifier.h"
 
 #include <string>
+#include <string_view>
 
 namespace tidemark {
 
@@ -26,6 +28,15 @@ Value decode(std::string text, std::string file)
 {
     const JSONDocument document(std::move(text), std::move(file));
     return Value::decode(document.root());
+}
+
+/// Whether `text` is just what `encode` would write for the value that `decode` would make of it; see
+/// JSONVerifier. The value type brings `static bool verify(JSONVerifier&)` in addition.
+template <typename Value>
+bool isEncoded(std::string_view text)
+{
+    JSONVerifier verifier(text);
+    return Value::verify(verifier) && verifier.isAtEnd();
 }
 
 }  // namespace JSONCoders

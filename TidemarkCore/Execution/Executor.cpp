@@ -22,7 +22,7 @@ SweepRecord Executor::apply(
 {
     SweepObserver nobody;
     SweepObserver& follower = observer != nullptr ? *observer : nobody;
-    JournalWriter journal(m_store, m_store.load(), startedAt);
+    JournalWriter journal(m_store, startedAt);
     for (std::size_t index = 0; index < plan.actions.size() && !follower.shouldStop(); ++index) {
         follower.willPerform(index, plan.actions.size());
         performOrWithdraw(plan.actions[index], journal, now, follower);

@@ -6,26 +6,49 @@
 
 namespace tidemark {
 
+static std::size_t hashOf(std::string_view name)
+{
+    return std::hash<std::string_view>()(name);
+}
+
 ImaginedDisk::ImaginedDisk(FileManager& real, const SweepPlan& plan)
     : m_real(&real)
     , m_plan(&plan)
+    , m_files(plan.actions.size())
     , m_hasLeft(plan.actions.size())
 {
-    for (std::uint32_t action = 0; action < plan.actions.size(); ++action)
-        folderAt(Destination::at(plan.actions[action].source.path()).folder)
-            .sources.push_back(action);
+    for (std::uint32_t action = 0; action < plan.actions.size(); ++action) {
+        const auto [folder, name] = Destination::at(plan.actions[action].source.path());
+        folderAt(folder).sources.push_back({hashOf(name), action});
+    }
     for (auto& [path, folder] : m_folders) {
-        std::ranges::stable_sort(
-            folder.sources, {}, [this](std::uint32_t action) { return sourceName(action); });
+        std::ranges::sort(folder.sources, {},
+            [](const Source& source) { return std::pair(source.nameHash, source.action); });
+        findSameFiles(folder);
+    }
+}
+
+/// One file may be in the plan several times.
+void ImaginedDisk::findSameFiles(const Folder& folder)
+{
+    for (auto source = folder.sources.begin(); source != folder.sources.end(); ++source) {
+        m_files[source->action] = source->action;
+        for (auto other = source;
+             other != folder.sources.begin() && (--other)->nameHash == source->nameHash;) {
+            if (sourceName(other->action) == sourceName(source->action)) {
+                m_files[source->action] = m_files[other->action];
+                break;
+            }
+        }
     }
 }
 
 bool ImaginedDisk::isTaken(std::string_view folder, std::string_view name)
 {
-    const Folder& known = folderAt(folder);
+    Folder& known = folderAt(folder);
     if (known.taken.contains(name))
         return true;
-    return !known.isImagined && !hasLeft(known, name) && existsReally(folder, name);
+    return !known.isImagined && !hasLeft(known, name) && existsReally(known, folder, name);
 }
 
 void ImaginedDisk::makeFolder(std::string_view path)
@@ -45,21 +68,24 @@ void ImaginedDisk::makeFolder(std::string_view path)
     folderAt(path).exists = true;
 }
 
-bool ImaginedDisk::isThere(std::size_t action)
+bool ImaginedDisk::isThere(std::size_t action) const
 {
-    const auto [folder, name] = Destination::at(m_plan->actions[action].source.path());
-    return !hasLeft(folderAt(folder), name);
+    return !m_hasLeft[m_files[action]];
 }
 
 void ImaginedDisk::take(std::string_view folder, std::string_view name)
 {
-    folderAt(folder).taken.emplace(name);
+    folderAt(folder).taken.insert(name);
 }
 
 ImaginedDisk::Folder& ImaginedDisk::folderAt(std::string_view path)
 {
-    if (const auto known = m_spellings.find(path); known != m_spellings.end())
+    if (m_lastSpelling != nullptr && m_lastSpelling->first == path)
+        return *m_lastSpelling->second;
+    if (const auto known = m_spellings.find(path); known != m_spellings.end()) {
+        m_lastSpelling = &*known;
         return *known->second;
+    }
     std::string spelling(path);
     std::string resolved = spelling;
     try {
@@ -67,7 +93,7 @@ ImaginedDisk::Folder& ImaginedDisk::folderAt(std::string_view path)
     } catch (const std::filesystem::filesystem_error&) {
         // A folder that cannot be searched says so when something is wanted in it.
     }
-    Folder& folder = m_folders[std::move(resolved)];
+    Folder& folder = m_folders.try_emplace(std::move(resolved), &m_memory).first->second;
     m_spellings.emplace(std::move(spelling), &folder);
     return folder;
 }
@@ -79,21 +105,39 @@ std::string_view ImaginedDisk::sourceName(std::uint32_t action) const
 
 bool ImaginedDisk::hasLeft(const Folder& folder, std::string_view name) const
 {
-    auto source = std::lower_bound(folder.sources.begin(), folder.sources.end(), name,
-        [this](
-            std::uint32_t action, std::string_view wanted) { return sourceName(action) < wanted; });
-    // One file may be in the plan several times.
-    for (; source != folder.sources.end() && sourceName(*source) == name; ++source) {
-        if (m_hasLeft[*source])
-            return true;
+    const std::size_t hash = hashOf(name);
+    auto source = std::ranges::lower_bound(folder.sources, hash, {}, &Source::nameHash);
+    for (; source != folder.sources.end() && source->nameHash == hash; ++source) {
+        if (sourceName(source->action) == name)
+            return m_hasLeft[m_files[source->action]];
     }
     return false;
 }
 
-bool ImaginedDisk::existsReally(std::string_view folder, std::string_view name)
+bool ImaginedDisk::existsReally(Folder& known, std::string_view folder, std::string_view name)
 {
+    // From so many questions on, one list of all that is there is cheaper.
+    constexpr std::size_t lookUpsWorthAList = 500;
+    if (known.realNames && !std::ranges::binary_search(*known.realNames, hashOf(name)))
+        return false;
+    if (++known.lookUps == lookUpsWorthAList)
+        listRealNames(known, folder);
     m_path.assign(folder == "/" ? "" : folder).append("/").append(name);
     return m_real->fileExists(FileURL(m_path));
+}
+
+void ImaginedDisk::listRealNames(Folder& known, std::string_view folder)
+{
+    std::vector<std::size_t> hashes;
+    try {
+        if (!m_real->visitNames(FileURL::directory(std::string(folder)),
+                [&](std::string_view name) { hashes.push_back(hashOf(name)); }))
+            return;
+    } catch (const std::filesystem::filesystem_error&) {
+        return;  // a folder that can be searched need not be readable
+    }
+    std::ranges::sort(hashes);
+    known.realNames = std::move(hashes);
 }
 
 }  // namespace tidemark

@@ -27,4 +27,10 @@ Journal Journal::decode(const JSONDecoder& decoder)
     return {.sweeps = decoder["sweeps"].list<SweepRecord>()};
 }
 
+bool Journal::verify(JSONVerifier& verifier)
+{
+    return verifier.object(
+        [&] { return verifier.member("sweeps") && verifier.list<SweepRecord>(); });
+}
+
 }  // namespace tidemark

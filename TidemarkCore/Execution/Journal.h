@@ -12,6 +12,7 @@ struct Journal {
 
     void encode(JSONEncoder& encoder) const;
     static Journal decode(const JSONDecoder& decoder);
+    static bool verify(JSONVerifier& verifier);
 
     bool operator==(const Journal&) const = default;
 };

@@ -1,6 +1,12 @@
 #include "JournalEntry.h"
 
+#include <algorithm>
+#include <array>
+
 namespace tidemark {
+
+static constexpr std::array everyOp{JournalEntry::Op::move, JournalEntry::Op::archive,
+    JournalEntry::Op::trash, JournalEntry::Op::rename};
 
 std::string_view rawValue(JournalEntry::Op op)
 {
@@ -19,9 +25,8 @@ std::string_view rawValue(JournalEntry::Op op)
 
 static JournalEntry::Op decodeOp(const JSONDecoder& decoder)
 {
-    using Op = JournalEntry::Op;
     const std::string_view text = decoder.stringView();
-    for (const Op op : {Op::move, Op::archive, Op::trash, Op::rename}) {
+    for (const JournalEntry::Op op : everyOp) {
         if (rawValue(op) == text)
             return op;
     }
@@ -51,6 +56,22 @@ JournalEntry JournalEntry::decode(const JSONDecoder& decoder)
         .to = decoder["to"].string(),
         .at = decoder["at"].date(),
     };
+}
+
+static bool verifyOp(JSONVerifier& verifier)
+{
+    return std::ranges::any_of(
+        everyOp, [&](JournalEntry::Op op) { return verifier.string(rawValue(op)); });
+}
+
+bool JournalEntry::verify(JSONVerifier& verifier)
+{
+    return verifier.object([&] {
+        return verifier.member("at") && verifier.date()  //
+            && verifier.member("from") && verifier.string()  //
+            && verifier.member("op") && verifyOp(verifier)  //
+            && verifier.member("to") && verifier.string();
+    });
 }
 
 }  // namespace tidemark

@@ -4,6 +4,7 @@
 #include "FileURL.h"
 #include "JSONDecoder.h"
 #include "JSONEncoder.h"
+#include "JSONVerifier.h"
 
 #include <string>
 #include <string_view>
@@ -24,6 +25,7 @@ struct JournalEntry {
 
     void encode(JSONEncoder& encoder) const;
     static JournalEntry decode(const JSONDecoder& decoder);
+    static bool verify(JSONVerifier& verifier);
 
     bool operator==(const JournalEntry&) const = default;
 };

@@ -21,6 +21,16 @@ Journal JournalStore::load() const
     return JSONCoders::decode<Journal>(m_fileManager->readFile(m_url, largestFile), m_url.path());
 }
 
+std::string JournalStore::loadText() const
+{
+    if (!m_fileManager->fileExists(m_url))
+        return JSONCoders::encode(Journal());
+    std::string text = m_fileManager->readFile(m_url, largestFile);
+    if (JSONCoders::isEncoded<Journal>(text))
+        return text;
+    return JSONCoders::encode(JSONCoders::decode<Journal>(std::move(text), m_url.path()));
+}
+
 void JournalStore::save(const Journal& journal) const
 {
     const std::string text = JSONCoders::encode(journal);

@@ -4,6 +4,7 @@
 #include "Journal.h"
 
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace tidemark {
@@ -21,6 +22,10 @@ public:
     /// Without sweeps when there is no file. Throws filesystem_error when it cannot be read (file_too_large
     /// above 1 GiB), DecodingError when it is damaged in any place; the file stays as it is.
     Journal load() const;
+
+    /// The text that `save` would write for what `load` would return; throws what load throws. Much faster
+    /// than both for a file that this program wrote.
+    std::string loadText() const;
 
     /// Replaces the file, making its folder if need be; it is on the disk when this returns. Throws
     /// filesystem_error; the old file stands then.

@@ -7,18 +7,27 @@
 
 namespace tidemark {
 
-JournalWriter::JournalWriter(const JournalStore& store, Journal journal, Date startedAt)
+JournalWriter::JournalWriter(const JournalStore& store, Date startedAt)
     : m_store(&store)
+    , m_before(store.loadText())
 {
-    m_record.startedAt = startedAt;
-    journal.sweeps.push_back(m_record);
-    m_head = JSONCoders::encode(journal);
+    constexpr std::string_view endOfJournal = "\n  ]\n}";
+    constexpr std::string_view startOfEmptyList = "[\n";
+    assert(m_before.ends_with(endOfJournal));
+    m_before.resize(m_before.size() - endOfJournal.size());
+    if (m_before.ends_with(startOfEmptyList))
+        m_before.pop_back();
+    else
+        m_head = ',';
 
-    // The new record is the last, so its empty list of entries is the last empty brackets.
-    constexpr std::string_view emptyList = "[\n\n";
-    const std::size_t list = m_head.rfind(emptyList);
+    m_record.startedAt = startedAt;
+    constexpr std::size_t depthOfSweeps = 2;
+    JSONEncoder encoder(depthOfSweeps);
+    encoder.element(m_record);
+    m_head += encoder.text();
+    const std::size_t list = m_head.find(startOfEmptyList);
     assert(list != std::string::npos);
-    m_tail = m_head.substr(list + 2);
+    m_tail = m_head.substr(list + startOfEmptyList.size()).append(endOfJournal);
     m_head.resize(list + 1);
 }
 
@@ -53,7 +62,7 @@ void JournalWriter::truncate(std::size_t count)
 void JournalWriter::save() const
 {
     const std::string_view entries = m_entries.empty() ? std::string_view("\n") : m_entries;
-    m_store->saveText(std::array<std::string_view, 3>{m_head, entries, m_tail});
+    m_store->saveText(std::array<std::string_view, 4>{m_before, m_head, entries, m_tail});
 }
 
 }  // namespace tidemark

@@ -14,9 +14,9 @@ namespace tidemark {
 /// the bytes. The file is always the one that JournalStore::save would write.
 class JournalWriter {
 public:
-    /// Adds an empty record for a sweep started at `startedAt` to `journal`; nothing is saved yet. `store`
-    /// outlives the writer.
-    JournalWriter(const JournalStore& store, Journal journal, Date startedAt);
+    /// Adds an empty record for a sweep started at `startedAt` to the journal of `store`, which outlives the
+    /// writer; nothing is saved yet. Throws what JournalStore::load throws.
+    JournalWriter(const JournalStore& store, Date startedAt);
 
     const SweepRecord& record() const { return m_record; }
 
@@ -34,7 +34,8 @@ public:
 private:
     const JournalStore* m_store;
     SweepRecord m_record;
-    std::string m_head;  // the text up to the record's entries
+    std::string m_before;  // the text up to the last sweep before
+    std::string m_head;  // from there to the record's entries
     std::string m_entries;  // theirs
     std::vector<std::size_t> m_ends;  // where each one's text ends in it
     std::string m_tail;  // the text behind them

@@ -3,6 +3,8 @@
 #include "Destination.h"
 #include "ImaginedDisk.h"
 
+#include <algorithm>
+
 namespace tidemark {
 
 /// The move would be refused: no file system of the kernel's takes longer names.
@@ -29,7 +31,8 @@ Rehearsal::Rehearsal(SweepPlan plan, FileManager& fileManager, SweepObserver* ob
         try {
             rehearse(action, disk, outcome);
         } catch (const std::filesystem::filesystem_error&) {
-            outcome.obstacle = std::current_exception();
+            outcome.deviation =
+                std::make_unique<Deviation>(Deviation{std::current_exception(), {}});
         }
     }
 }
@@ -41,22 +44,35 @@ void Rehearsal::rehearse(std::size_t action, ImaginedDisk& disk, Outcome& outcom
         std::string name = wanted->prepare([&] { disk.makeFolder(wanted->folder); },
             [&](std::string_view candidate) { return disk.isTaken(wanted->folder, candidate); });
         requireFittingName(name);
-        disk.take(wanted->folder, name);
-        if (name != wanted->name)
-            outcome.newName = std::move(name);
+        if (name == wanted->name) {
+            disk.take(wanted->folder, wanted->name);
+        } else {
+            outcome.deviation = std::make_unique<Deviation>(Deviation{{}, std::move(name)});
+            disk.take(wanted->folder, outcome.deviation->newName);
+        }
     }
     disk.leave(action);
 }
 
+const PlannedAction& Rehearsal::planned(std::size_t index) const
+{
+    return m_plan.actions[m_outcomes[index].action];
+}
+
+std::size_t Rehearsal::obstacles() const
+{
+    return static_cast<std::size_t>(std::ranges::count_if(m_outcomes,
+        [](const Outcome& outcome) { return outcome.deviation && outcome.deviation->obstacle; }));
+}
+
 RehearsedAction Rehearsal::operator[](std::size_t index) const
 {
-    const Outcome& outcome = m_outcomes[index];
-    RehearsedAction result{m_plan.actions[outcome.action], std::nullopt, outcome.obstacle};
+    const Deviation* deviation = m_outcomes[index].deviation.get();
+    RehearsedAction result{planned(index), std::nullopt, deviation ? deviation->obstacle : nullptr};
     const auto wanted = Destination::of(result.planned);
-    if (wanted && !outcome.obstacle) {
+    if (wanted && !result.obstacle) {
         const FileURL folder = FileURL::directory(std::string(wanted->folder));
-        result.destination =
-            folder.appending(outcome.newName.empty() ? wanted->name : outcome.newName);
+        result.destination = folder.appending(deviation ? deviation->newName : wanted->name);
     }
     return result;
 }

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,12 +35,22 @@ public:
     std::size_t size() const { return m_outcomes.size(); }
     RehearsedAction operator[](std::size_t index) const;
 
+    /// The action without what it would come to, which takes longer to put together.
+    const PlannedAction& planned(std::size_t index) const;
+
+    /// How many of the actions would fail, as far as can be told.
+    std::size_t obstacles() const;
+
 private:
+    /// What is not the rule.
+    struct Deviation {
+        std::exception_ptr obstacle;
+        std::string newName;  // where the wanted one is taken
+    };
     /// Small, since there is one for each file: places are put together when they are asked for.
     struct Outcome {
         std::uint32_t action = 0;  // its number in the plan
-        std::exception_ptr obstacle;
-        std::string newName;  // where the wanted one is taken
+        std::unique_ptr<Deviation> deviation = nullptr;
     };
 
     void rehearse(std::size_t action, ImaginedDisk& disk, Outcome& outcome) const;

@@ -20,4 +20,13 @@ SweepRecord SweepRecord::decode(const JSONDecoder& decoder)
     };
 }
 
+bool SweepRecord::verify(JSONVerifier& verifier)
+{
+    return verifier.object([&] {
+        return verifier.member("entries") && verifier.list<JournalEntry>()  //
+            && verifier.member("id") && verifier.uuid()  //
+            && verifier.member("startedAt") && verifier.date();
+    });
+}
+
 }  // namespace tidemark

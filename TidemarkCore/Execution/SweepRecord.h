@@ -16,6 +16,7 @@ struct SweepRecord {
 
     void encode(JSONEncoder& encoder) const;
     static SweepRecord decode(const JSONDecoder& decoder);
+    static bool verify(JSONVerifier& verifier);
 
     bool operator==(const SweepRecord&) const = default;
 };

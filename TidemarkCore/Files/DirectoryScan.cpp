@@ -19,8 +19,10 @@ std::vector<std::uint32_t> orderByName(const std::vector<DirectoryEntry>& entrie
         std::uint32_t entry = 0;
     };
     const NameOrder order;
-    std::string
-        bytes;  // of all keys, one behind the other: for many files this is much less memory
+    // Of all keys, one behind the other: for many files this is much less memory.
+    std::string bytes;
+    constexpr std::size_t usualKeySize = 64;
+    bytes.reserve(entries.size() * usualKeySize);
     std::vector<Key> keys;
     keys.reserve(entries.size());
     for (const DirectoryEntry& entry : entries) {
@@ -45,7 +47,13 @@ bool isSweepable(const FileFacts& facts)
 
 std::vector<FileInfo> files(const FileURL& folder, FileManager& fileManager)
 {
-    std::vector<DirectoryEntry> entries = fileManager.contentsOfDirectory(folder);
+    return files(folder, fileManager, [](std::string_view) { return true; });
+}
+
+std::vector<FileInfo> files(
+    const FileURL& folder, FileManager& fileManager, const NameTest& flagMatters)
+{
+    std::vector<DirectoryEntry> entries = fileManager.contentsWithFlags(folder, flagMatters);
     std::erase_if(entries, [](const DirectoryEntry& entry) { return !isSweepable(entry.facts); });
 
     std::vector<FileInfo> infos;

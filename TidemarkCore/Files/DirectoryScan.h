@@ -15,6 +15,11 @@ namespace DirectoryScan {
 /// be read: there is no partial result.
 std::vector<FileInfo> files(const FileURL& folder, FileManager& fileManager);
 
+/// The same, but `isScreenCapture` may be false where `flagMatters` says no; see
+/// FileManager::contentsWithFlags.
+std::vector<FileInfo> files(
+    const FileURL& folder, FileManager& fileManager, const NameTest& flagMatters);
+
 /// Whether an entry with these facts may be swept at all.
 bool isSweepable(const FileFacts& facts);
 

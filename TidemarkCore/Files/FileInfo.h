@@ -4,8 +4,7 @@
 #include "FileManager.h"
 #include "FileURL.h"
 #include "MarkdownFrontMatter.h"
-
-#include <optional>
+#include "Rare.h"
 
 namespace tidemark {
 
@@ -19,7 +18,7 @@ struct FileInfo {
     Date added;  ///< When the entry came into its folder; `modified` when unknown.
     Date lastOpened;  ///< `modified` when unknown.
     Date created;  ///< `modified` when unknown.
-    std::optional<MarkdownFrontMatter> frontMatter;  ///< Markdown notes only.
+    Rare<MarkdownFrontMatter> frontMatter;  ///< Markdown notes only.
     bool isScreenCapture = false;
 
     /// Reads the facts of one file. Throws filesystem_error when they cannot be read; front matter that

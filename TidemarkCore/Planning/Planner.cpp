@@ -49,7 +49,10 @@ SweepPlan plan(std::vector<FileInfo> files, const std::vector<Rule>& rules, Date
 SweepPlan plan(
     const FileURL& directory, const std::vector<Rule>& rules, Date now, FileManager& fileManager)
 {
-    return plan(DirectoryScan::files(directory, fileManager), rules, now);
+    const auto flagMatters = [&](std::string_view name) {
+        return RuleChoice::asksForFlag(name, rules);
+    };
+    return plan(DirectoryScan::files(directory, fileManager, flagMatters), rules, now);
 }
 
 }  // namespace tidemark::Planner

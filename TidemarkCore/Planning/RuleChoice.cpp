@@ -26,4 +26,10 @@ RuleChoice RuleChoice::of(const FileInfo& file, const std::vector<Rule>& rules, 
     return choice;
 }
 
+bool RuleChoice::asksForFlag(std::string_view name, const std::vector<Rule>& rules)
+{
+    return std::ranges::any_of(rules,
+        [&](const Rule& rule) { return rule.isEnabled && Matcher::asksForFlag(rule.match, name); });
+}
+
 }  // namespace tidemark

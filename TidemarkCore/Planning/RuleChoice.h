@@ -4,6 +4,7 @@
 #include "FirstMoment.h"
 #include "Rule.h"
 
+#include <string_view>
 #include <vector>
 
 namespace tidemark {
@@ -19,6 +20,9 @@ struct RuleChoice {
 
     /// Of the file as it is; touches no disk.
     static RuleChoice of(const FileInfo& file, const std::vector<Rule>& rules, Date now);
+
+    /// Whether the choice for a file with this name may depend on its screen-capture flag.
+    static bool asksForFlag(std::string_view name, const std::vector<Rule>& rules);
 };
 
 }  // namespace tidemark

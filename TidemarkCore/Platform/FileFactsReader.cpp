@@ -1,6 +1,6 @@
 #include "FileFactsReader.h"
 
-#include "FileDescriptor.h"
+#include "OpenFolder.h"
 #include "SystemCall.h"
 #include "Text.h"
 
@@ -23,7 +23,6 @@ namespace tidemark::FileFactsReader {
 namespace {
 
 constexpr const char* cannotRead = "cannot read the facts of";
-constexpr const char* cannotList = "cannot list";
 
 /// What a Mac leaves on the screenshots it shares, and what other tools can set by hand.
 constexpr const char* propertyListFlag = "user.com.apple.metadata:kMDItemIsScreenCapture";
@@ -117,10 +116,9 @@ bool isMarkedAsScreenCapture(const char* path)
     return value == "1" || value == "true";
 }
 
-/// The facts of `name` in `folder` (an open descriptor, or AT_FDCWD when `name` is the whole `path`).
-/// Returns the errno of a failure, else 0.
-int readFacts(int folder, const char* name, const char* path, std::string_view lastComponent,
-    FileFacts& facts)
+/// The facts of `name` in `folder` (an open descriptor, or AT_FDCWD when `name` is the whole path), but for
+/// the screen-capture flag. Returns the errno of a failure, else 0.
+int readFacts(int folder, const char* name, std::string_view lastComponent, FileFacts& facts)
 {
     struct statx statistics;
     if (uninterrupted([&] {
@@ -130,61 +128,52 @@ int readFacts(int folder, const char* name, const char* path, std::string_view l
         != 0)
         return errno;
     facts = factsFrom(statistics, lastComponent);
-    facts.isScreenCapture = facts.isRegularFile && isMarkedAsScreenCapture(path);
     return 0;
 }
 
-struct CloseDirectory {
-    void operator()(DIR* folder) const { ::closedir(folder); }
-};
-using Directory = std::unique_ptr<DIR, CloseDirectory>;
-
-Directory openDirectory(const FileURL& folder)
-{
-    const char* path = systemPath(folder);
-    FileDescriptor descriptor{
-        uninterrupted([&] { return ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC); })};
-    if (!descriptor.isOpen())
-        fail(cannotList, folder, errno);
-    Directory directory{::fdopendir(descriptor.get())};
-    if (!directory)
-        fail(cannotList, folder, errno);
-    descriptor.release();
-    return directory;
-}
-
-/// An entry whose facts are still to be read, unless its kind alone tells them.
-struct Listed {
-    DirectoryEntry entry;
-    bool needsFacts = true;
-    bool hasVanished = false;
+/// The entries of a folder while their facts are being read.
+struct Listing {
+    std::vector<DirectoryEntry> entries;  // one that has vanished meanwhile loses its name
+    std::vector<bool> mayBeFile;  // by entry; else its kind alone tells its facts
 };
 
-std::vector<Listed> list(DIR* directory, const FileURL& folder)
+Listing list(DIR* directory, const FileURL& folder)
 {
-    std::vector<Listed> listed;
+    // The names lie behind one another until there is a place for each: an array of entries that grows would
+    // be copied again and again.
+    std::string names;
+    Listing listing;
     for (;;) {
         errno = 0;
         const struct dirent* found = ::readdir(directory);
         if (!found && errno != 0)
-            fail(cannotList, folder, errno);
+            fail(OpenFolder::cannotList, folder, errno);
         if (!found)
-            return listed;
+            break;
         const std::string_view name{found->d_name};
         if (name.starts_with('.') || !isValidUTF8(name))
             continue;
-        const bool mayBeFile = found->d_type == DT_REG || found->d_type == DT_UNKNOWN;
-        listed.push_back({{std::string{name}, {}}, mayBeFile});
+        listing.mayBeFile.push_back(found->d_type == DT_REG || found->d_type == DT_UNKNOWN);
+        names.append(name).push_back('\0');
     }
+    listing.entries.reserve(listing.mayBeFile.size());
+    for (std::string_view rest = names; !rest.empty();) {
+        const std::string_view name = rest.substr(0, rest.find('\0'));
+        listing.entries.push_back({std::string{name}, {}});
+        rest.remove_prefix(name.size() + 1);
+    }
+    return listing;
 }
 
 /// Reads the facts of the entries of one folder, each of them in some thread's turn.
 class FactsOfEntries {
 public:
-    FactsOfEntries(const FileURL& folder, int descriptor, std::vector<Listed>& entries)
+    FactsOfEntries(
+        const FileURL& folder, int descriptor, const NameTest& flagMatters, Listing& listing)
         : m_folder(folder)
         , m_descriptor(descriptor)
-        , m_entries(entries)
+        , m_flagMatters(flagMatters)
+        , m_listing(listing)
     {
     }
 
@@ -207,7 +196,7 @@ public:
 private:
     std::size_t threadCount() const
     {
-        if (m_entries.size() < filesWorthThreads)
+        if (m_listing.entries.size() < filesWorthThreads)
             return 1;
         return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, mostThreads);
     }
@@ -230,33 +219,33 @@ private:
         const std::size_t folderSize = path.size();
         while (!m_hasFailed) {
             const std::size_t first = m_next.fetch_add(filesPerTurn);
-            if (first >= m_entries.size())
+            if (first >= m_listing.entries.size())
                 return;
-            const std::size_t last = std::min(first + filesPerTurn, m_entries.size());
+            const std::size_t last = std::min(first + filesPerTurn, m_listing.entries.size());
             for (std::size_t i = first; i < last; ++i) {
                 path.resize(folderSize);
-                path += m_entries[i].entry.name;
-                readEntry(m_entries[i], path);
+                path += m_listing.entries[i].name;
+                if (m_listing.mayBeFile[i])
+                    readEntry(m_listing.entries[i], path);
             }
         }
     }
 
-    void readEntry(Listed& listed, const std::string& path) const
+    void readEntry(DirectoryEntry& entry, const std::string& path) const
     {
-        if (!listed.needsFacts)
-            return;
-        const std::string& name = listed.entry.name;
-        const int error =
-            readFacts(m_descriptor, name.c_str(), path.c_str(), name, listed.entry.facts);
+        const int error = readFacts(m_descriptor, entry.name.c_str(), entry.name, entry.facts);
         if (hasVanished(error))
-            listed.hasVanished = true;
+            entry.name.clear();
         else if (error != 0)
             fail(cannotRead, FileURL{path}, error);
+        else if (entry.facts.isRegularFile && m_flagMatters(entry.name))
+            entry.facts.isScreenCapture = isMarkedAsScreenCapture(path.c_str());
     }
 
     const FileURL& m_folder;
     int m_descriptor;
-    std::vector<Listed>& m_entries;
+    const NameTest& m_flagMatters;
+    Listing& m_listing;
     std::atomic<std::size_t> m_next{0};
     std::atomic<bool> m_hasFailed{false};
     std::exception_ptr m_failure;
@@ -279,37 +268,37 @@ FileFacts facts(const FileURL& url)
 {
     FileFacts facts;
     const char* path = systemPath(url);
-    const int error = readFacts(AT_FDCWD, path, path, url.lastPathComponent(), facts);
+    const int error = readFacts(AT_FDCWD, path, url.lastPathComponent(), facts);
     if (error != 0)
         fail(cannotRead, url, error);
+    facts.isScreenCapture = facts.isRegularFile && isMarkedAsScreenCapture(path);
     return facts;
 }
 
 std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder)
 {
-    const Directory directory = openDirectory(folder);
-    std::vector<Listed> listed = list(directory.get(), folder);
-    FactsOfEntries{folder, ::dirfd(directory.get()), listed}.read();
+    return contentsOfDirectory(folder, [](std::string_view) { return true; });
+}
 
-    std::vector<DirectoryEntry> entries;
-    entries.reserve(listed.size());
-    for (Listed& each : listed) {
-        if (!each.hasVanished)
-            entries.push_back(std::move(each.entry));
-    }
-    return entries;
+std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder, const NameTest& flagMatters)
+{
+    const OpenFolder::Handle directory = OpenFolder::open(folder);
+    Listing listing = list(directory.get(), folder);
+    FactsOfEntries{folder, ::dirfd(directory.get()), flagMatters, listing}.read();
+    std::erase_if(listing.entries, [](const DirectoryEntry& entry) { return entry.name.empty(); });
+    return std::move(listing.entries);
 }
 
 void requireListable(const FileURL& folder)
 {
-    const Directory directory = openDirectory(folder);
+    const OpenFolder::Handle directory = OpenFolder::open(folder);
     errno = 0;
     if (!::readdir(directory.get()) && errno != 0)
-        fail(cannotList, folder, errno);
+        fail(OpenFolder::cannotList, folder, errno);
     // Names without the permission to look them up are of no use.
     struct stat ignored;
     if (::fstatat(::dirfd(directory.get()), ".", &ignored, 0) != 0)
-        fail(cannotList, folder, errno);
+        fail(OpenFolder::cannotList, folder, errno);
 }
 
 bool isPropertyListTrue(std::string_view bytes)

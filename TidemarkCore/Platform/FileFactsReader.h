@@ -21,6 +21,9 @@ FileFacts facts(const FileURL& url);
 /// FileManager::contentsOfDirectory. Large folders are read by several threads.
 std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder);
 
+/// See FileManager::contentsWithFlags.
+std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder, const NameTest& flagMatters);
+
 /// See FileManager::requireListable. Reads the first entries' names and nothing else.
 void requireListable(const FileURL& folder);
 

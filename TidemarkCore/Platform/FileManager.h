@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -18,6 +19,9 @@ struct DirectoryEntry {
     std::string name;
     FileFacts facts;
 };
+
+using NameTest = std::function<bool(std::string_view name)>;
+using NameVisitor = std::function<void(std::string_view name)>;
 
 /// The core's only door to the file system.
 ///
@@ -44,6 +48,22 @@ public:
     /// meanwhile is left out; any other failure to read an entry's facts throws. `folder` may be a link
     /// to a folder.
     virtual std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) = 0;
+
+    /// The same, but the screen-capture flag, which takes as long to read as all the rest, may be left unread
+    /// (false) where `flagMatters` says no of the entry's name. It is called from several threads.
+    virtual std::vector<DirectoryEntry> contentsWithFlags(
+        const FileURL& folder, const NameTest& /*flagMatters*/)
+    {
+        return contentsOfDirectory(folder);
+    }
+
+    /// Passes every name in `folder` to `visit`, hidden ones and invalid UTF-8, too. Returns false, having
+    /// visited none or some, where something may stand at a name that is not listed: on a disk that takes
+    /// "a" for "A", say. Throws when the folder cannot be listed.
+    virtual bool visitNames(const FileURL& /*folder*/, const NameVisitor& /*visit*/)
+    {
+        return false;
+    }
 
     /// Throws if the entries of `folder` cannot be listed and looked up: what contentsOfDirectory throws for the
     /// folder itself, such as no_such_file_or_directory, not_a_directory and permission_denied. Looks at no

@@ -4,6 +4,7 @@
 #include "FileDescriptor.h"
 #include "FileFactsReader.h"
 #include "FileMover.h"
+#include "FolderNames.h"
 #include "Folders.h"
 #include "SystemCall.h"
 
@@ -120,6 +121,17 @@ FileURL LinuxFileManager::resolvingLinks(const FileURL& url)
 std::vector<DirectoryEntry> LinuxFileManager::contentsOfDirectory(const FileURL& folder)
 {
     return FileFactsReader::contentsOfDirectory(folder);
+}
+
+std::vector<DirectoryEntry> LinuxFileManager::contentsWithFlags(
+    const FileURL& folder, const NameTest& flagMatters)
+{
+    return FileFactsReader::contentsOfDirectory(folder, flagMatters);
+}
+
+bool LinuxFileManager::visitNames(const FileURL& folder, const NameVisitor& visit)
+{
+    return FolderNames::visit(folder, visit);
 }
 
 void LinuxFileManager::requireListable(const FileURL& folder)

@@ -18,6 +18,9 @@ public:
     bool directoryExists(const FileURL& url) override;
     FileURL resolvingLinks(const FileURL& url) override;
     std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) override;
+    std::vector<DirectoryEntry> contentsWithFlags(
+        const FileURL& folder, const NameTest& flagMatters) override;
+    bool visitNames(const FileURL& folder, const NameVisitor& visit) override;
     void requireListable(const FileURL& folder) override;
     FileFacts facts(const FileURL& url) override;
     void createDirectory(const FileURL& folder) override;

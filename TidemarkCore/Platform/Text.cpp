@@ -21,9 +21,13 @@ constexpr std::array<std::string_view, 7> newlines{
 
 using Characters = std::span<const std::string_view>;
 
+/// Looks at all of the text in any case: without a way out, the compiler takes many bytes at a time.
 bool isASCII(std::string_view text)
 {
-    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    unsigned char bits = 0;
+    for (const char c : text)
+        bits |= static_cast<unsigned char>(c);
+    return bits < 0x80;
 }
 
 /// How many bytes the first character of `text` has if it is one of these, else 0.

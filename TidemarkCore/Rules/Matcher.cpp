@@ -9,26 +9,25 @@ namespace tidemark::Matcher {
 
 namespace {
 
-bool hasType(const RuleMatch& match, const FileInfo& file)
+bool hasType(const RuleMatch& match, std::string_view name)
 {
     if (match.fileTypes.empty())
         return true;
-    const std::string extension = lowercased(pathExtension(file.url.lastPathComponent()));
+    const std::string extension = lowercased(pathExtension(name));
     return std::ranges::find(match.fileTypes, extension) != match.fileTypes.end();
 }
 
-bool matchesPattern(const RuleMatch& match, const FileInfo& file)
+bool matchesPattern(const RuleMatch& match, std::string_view name)
 {
-    return match.namePattern
-        && NamePattern::matches(*match.namePattern, std::string(file.url.lastPathComponent()));
+    return match.namePattern && NamePattern::matches(*match.namePattern, std::string(name));
 }
 
 /// A screen capture may carry any name, and a file that is named like one need not carry the flag.
-bool hasNameOrFlag(const RuleMatch& match, const FileInfo& file)
+bool hasNameOrFlag(const RuleMatch& match, std::string_view name, bool isScreenCapture)
 {
     if (match.screenCaptureOnly.value_or(false))
-        return file.isScreenCapture || matchesPattern(match, file);
-    return !match.namePattern || matchesPattern(match, file);
+        return isScreenCapture || matchesPattern(match, name);
+    return !match.namePattern || matchesPattern(match, name);
 }
 
 }  // namespace
@@ -40,7 +39,14 @@ bool matches(const RuleMatch& match, const FileInfo& file, Date now)
 
 bool fitsApartFromAge(const RuleMatch& match, const FileInfo& file)
 {
-    return hasType(match, file) && hasNameOrFlag(match, file);
+    const std::string_view name = file.url.lastPathComponent();
+    return hasType(match, name) && hasNameOrFlag(match, name, file.isScreenCapture);
+}
+
+bool asksForFlag(const RuleMatch& match, std::string_view name)
+{
+    return match.screenCaptureOnly.value_or(false) && hasType(match, name)
+        && !matchesPattern(match, name);
 }
 
 bool isOldEnough(const RuleMatch& match, const FileInfo& file, Date now)

@@ -3,6 +3,7 @@
 #include "ComingOfAge.h"
 #include "DirectoryScan.h"
 #include "Planner.h"
+#include "RuleChoice.h"
 #include "StabilityGate.h"
 
 #include <algorithm>
@@ -65,7 +66,11 @@ SweepPlan SweepEngine::plan(const std::vector<WatchedFolder>& folders, Seconds g
             return {};
         const FileURL url = FileURL::directory(folder.path);
         follower.willScan(url);
-        append(plan(DirectoryScan::files(url, *m_fileManager), folder.rules, gracePeriod, now),
+        const auto flagMatters = [&](std::string_view name) {
+            return RuleChoice::asksForFlag(name, folder.rules);
+        };
+        append(plan(DirectoryScan::files(url, *m_fileManager, flagMatters), folder.rules,
+                   gracePeriod, now),
             joined);
     }
     if (joined.comingOfAge)

@@ -26,22 +26,19 @@ std::string detailOf(const RehearsedAction& action, const PeopleText& people)
     return "-> " + people.path(action.destination->path());
 }
 
-FileRow rowFor(const RehearsedAction& action, const PeopleText& people)
+FileRow columnsFor(const PlannedAction& planned)
 {
-    const PlannedAction& planned = action.planned;
-    return {.folder = people.path(planned.source.parent().path()),
-        .lead = displayText(planned.ruleName),
-        .name = displayText(planned.source.lastPathComponent()),
-        .detail = detailOf(action, people),
-        .emphasis = action.obstacle ? Emphasis::bad : Emphasis::none};
+    return {.lead = displayText(planned.ruleName),
+        .name = displayText(planned.source.lastPathComponent())};
 }
 
-std::size_t obstaclesIn(const PreviewReport& report)
+FileRow rowFor(const RehearsedAction& action, const PeopleText& people)
 {
-    std::size_t obstacles = 0;
-    for (std::size_t index = 0; index < report.rehearsal.size(); ++index)
-        obstacles += report.rehearsal[index].obstacle ? 1U : 0U;
-    return obstacles;
+    FileRow row = columnsFor(action.planned);
+    row.folder = people.path(action.planned.source.parent().path());
+    row.detail = detailOf(action, people);
+    row.emphasis = action.obstacle ? Emphasis::bad : Emphasis::none;
+    return row;
 }
 
 std::string summaryOf(std::size_t count, std::size_t obstacles)
@@ -56,11 +53,12 @@ void printActions(const PreviewReport& report, TextPrinter& printer)
 {
     printFileTable(
         report.rehearsal.size(),
+        [&](std::size_t index) { return columnsFor(report.rehearsal.planned(index)); },
         [&](std::size_t index) { return rowFor(report.rehearsal[index], printer.people()); },
         printer);
     printer.printLine();
     const std::size_t count = report.rehearsal.size();
-    const std::size_t obstacles = obstaclesIn(report);
+    const std::size_t obstacles = report.rehearsal.obstacles();
     const bool isWorthIt = !report.isPaused && obstacles < count;
     printer.print(summaryOf(count, obstacles), Emphasis::strong);
     printer.printLine(isWorthIt ? " Do it with: tidemarkctl sweep" : "");

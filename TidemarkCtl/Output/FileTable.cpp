@@ -13,13 +13,13 @@ struct Widths {
     std::size_t name = 0;
 };
 
-Widths measured(std::size_t count, const std::function<FileRow(std::size_t)>& rowAt)
+Widths measured(std::size_t count, const std::function<FileRow(std::size_t)>& columnsAt)
 {
     // One very long name must not push everything else off the screen.
     constexpr std::size_t widestName = 44;
     Widths widths;
     for (std::size_t index = 0; index < count; ++index) {
-        const FileRow row = rowAt(index);
+        const FileRow row = columnsAt(index);
         widths.lead = std::max(widths.lead, displayWidth(row.lead));
         if (const std::size_t width = displayWidth(row.name); width <= widestName)
             widths.name = std::max(widths.name, width);
@@ -46,7 +46,13 @@ void printRow(const FileRow& row, const Widths& widths, TextPrinter& printer)
 void printFileTable(
     std::size_t count, const std::function<FileRow(std::size_t)>& rowAt, TextPrinter& printer)
 {
-    const Widths widths = measured(count, rowAt);
+    printFileTable(count, rowAt, rowAt, printer);
+}
+
+void printFileTable(std::size_t count, const std::function<FileRow(std::size_t)>& columnsAt,
+    const std::function<FileRow(std::size_t)>& rowAt, TextPrinter& printer)
+{
+    const Widths widths = measured(count, columnsAt);
     std::string folder;
     for (std::size_t index = 0; index < count; ++index) {
         const FileRow row = rowAt(index);

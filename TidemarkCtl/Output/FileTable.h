@@ -21,4 +21,8 @@ struct FileRow {
 void printFileTable(
     std::size_t count, const std::function<FileRow(std::size_t)>& rowAt, TextPrinter& printer);
 
+/// The same for very many rows: `columnsAt` gives no more of a row than its lead and name.
+void printFileTable(std::size_t count, const std::function<FileRow(std::size_t)>& columnsAt,
+    const std::function<FileRow(std::size_t)>& rowAt, TextPrinter& printer);
+
 }  // namespace tidemark

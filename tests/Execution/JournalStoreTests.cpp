@@ -4,6 +4,7 @@
 #include "ExecutionFixture.h"
 #include "FaultInjectingFileManager.h"
 #include "InMemoryFileManager.h"
+#include "JSONCoders.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -66,6 +67,38 @@ std::string errorOf(const std::string& text)
         return error.what();
     }
     return "no error";
+}
+
+/// What `read` makes of a journal with this text, or what it says of it.
+template <typename Read>
+std::string outcome(const std::string& text, Read read)
+{
+    InMemoryFileManager disk{{journalURL.path(), text}};
+    try {
+        return read(journalOn(disk));
+    } catch (const DecodingError& error) {
+        return error.what();
+    }
+}
+
+/// That the short way to a journal's text comes to the same as reading it and writing it again.
+void expectSameText(const std::string& text)
+{
+    EXPECT_EQ(outcome(text, [](const JournalStore& store) { return store.loadText(); }),
+        outcome(text, [](const JournalStore& store) { return JSONCoders::encode(store.load()); }))
+        << text;
+}
+
+/// With everything in it that is written in a way of its own.
+Journal journalOfEveryKind()
+{
+    Journal journal = exampleJournal();
+    journal.sweeps[0].entries[0].from = "/\"q\"\\\b\f\n\r\t\x7f";
+    journal.sweeps[0].entries[1].to = "/Grüße 🌊/\u2028";
+    journal.sweeps.push_back({.startedAt = sweepTime, .entries = {}});
+    journal.sweeps.push_back({.startedAt = sweepTime,
+        .entries = {entry(Op::rename, "/a", "/b"), entry(Op::move, "", "/")}});
+    return journal;
 }
 
 std::string replaced(std::string text, const std::string& what, const std::string& by)
@@ -196,4 +229,62 @@ TEST(JournalStore, KeepsHundredsOfSweepsWhole)
     journal.sweeps.push_back({.startedAt = sweepTime, .entries = {}});
     journalOn(disk).save(journal);
     EXPECT_EQ(journalOn(disk).load(), journal);
+}
+
+TEST(JournalStore, TakesATextThatItWroteAsItIs)
+{
+    for (const Journal& journal : {Journal(), exampleJournal(), journalOfEveryKind()}) {
+        const std::string text = JSONCoders::encode(journal);
+        EXPECT_TRUE(JSONCoders::isEncoded<Journal>(text)) << text;
+        expectSameText(text);
+    }
+    InMemoryFileManager disk;
+    EXPECT_EQ(journalOn(disk).loadText(), JSONCoders::encode(Journal()));
+}
+
+TEST(JournalStore, LoadsTheTextOfAFileWithAnyByteChangedAsIfItHadBeenReadAndWritten)
+{
+    const std::string text = JSONCoders::encode(journalOfEveryKind());
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        for (const char other : {'\n', ' ', '"', '0', 'A', '\\', ',', '\xC3'}) {
+            std::string changed = text;
+            changed[at] = other;
+            expectSameText(changed);
+        }
+        expectSameText(std::string(text).erase(at, 1));
+        expectSameText(std::string(text).insert(at, 1, text[at]));
+        expectSameText(text.substr(0, at));
+    }
+}
+
+TEST(JournalStore, LoadsTheTextOfAFileThatAnotherProgramLaidOut)
+{
+    struct Row {
+        const char* name;
+        std::string text;
+    };
+    for (const Row& row : {
+             Row{"in one line",
+                 R"({"sweeps":[{"id":"0f1e2d3c-4b5a-6978-8796-a5b4c3d2e1f0",)"
+                 R"("startedAt":"2025-03-14T10:26:52+01:00","entries":[]}]})"},
+             Row{"a byte-order mark", "\xEF\xBB\xBF" + std::string(example)},
+             Row{"a newline at the end", std::string(example) + '\n'},
+             Row{"more at the end", std::string(example) + "\n}"},
+             Row{"a member of nobody's",
+                 replaced(example, "\"id\"", "\"extra\" : 1,\n      \"id\"")},
+             Row{"a member twice",
+                 replaced(example, "\"op\" : \"archive\"",
+                     "\"op\" : \"move\",\n          \"op\" : \"archive\"")},
+             Row{"an escaped slash", replaced(example, "/Users", "\\/Users")},
+             Row{"an escaped letter", replaced(example, "/Users", "/\\u0055sers")},
+             Row{"an escaped control character", replaced(example, "/Users", "/\\u0001Users")},
+             Row{"a small UUID", replaced(example, "0F1E2D3C", "0f1e2d3c")},
+             Row{"a date of another zone", replaced(example, "53Z", "53+02:00")},
+             Row{"an impossible date", replaced(example, "03-14", "02-30")},
+             Row{"an empty list in one line", "{\n  \"sweeps\" : []\n}"},
+         }) {
+        SCOPED_TRACE(row.name);
+        expectSameText(row.text);
+        EXPECT_FALSE(JSONCoders::isEncoded<Journal>(row.text));
+    }
 }

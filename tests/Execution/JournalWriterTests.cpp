@@ -33,7 +33,8 @@ TEST(JournalWriter, AlwaysWritesTheFileThatTheStoreWouldWrite)
     for (const Journal& before : {Journal(), withEntries(0), withEntries(2)}) {
         InMemoryFileManager disk;
         const JournalStore store = journalOn(disk);
-        JournalWriter writer(store, before, sweepTime);
+        store.save(before);
+        JournalWriter writer(store, sweepTime);
         const auto expectSame = [&](const char* step) {
             writer.save();
             EXPECT_EQ(disk.content(journalURL.path()), JSONCoders::encode(whole(before, writer)))
@@ -61,7 +62,7 @@ TEST(JournalWriter, SavesNothingBeforeItIsAsked)
 {
     InMemoryFileManager disk;
     const JournalStore store = journalOn(disk);
-    JournalWriter writer(store, {}, sweepTime);
+    JournalWriter writer(store, sweepTime);
     writer.append(entry(Op::move, "/in/a", "/out/a"));
 
     EXPECT_TRUE(disk.tree().empty());

@@ -1,6 +1,7 @@
 #include "Rehearsal.h"
 
 #include "ExecutionFixture.h"
+#include "FaultInjectingFileManager.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -167,4 +168,72 @@ TEST(Rehearsal, EndsWhereTheObserverWantsIt)
 
     ASSERT_EQ(rehearsal.size(), 1U);
     EXPECT_EQ(rehearsal[0].destination, FileURL("/out/a"));
+}
+
+namespace {
+
+/// A disk that may list the names in a folder in place of looking each of them up.
+class ListingDisk final : public FaultInjectingFileManager {
+public:
+    ListingDisk(FileManager& files, bool isExact)
+        : FaultInjectingFileManager(files)
+        , m_isExact(isExact)
+    {
+    }
+
+    bool visitNames(const FileURL& folder, const NameVisitor& visit) override
+    {
+        ++lists;
+        for (const DirectoryEntry& entry : contentsOfDirectory(folder))
+            visit(entry.name);
+        return m_isExact;
+    }
+
+    int lists = 0;
+
+private:
+    bool m_isExact;
+};
+
+}  // namespace
+
+TEST(Rehearsal, ListsAFolderInPlaceOfVeryManyLookUps)
+{
+    constexpr int files = 2'000;
+    InMemoryFileManager disk;
+    std::vector<PlannedAction> actions;
+    for (int index = 0; index < files; ++index) {
+        const std::string name = "n" + std::to_string(index);
+        disk.addFile("/in/" + name, name);
+        if (index % 3 == 0)
+            disk.addFile("/out/" + name, "");
+        actions.push_back(moving("/in/" + name, "/out"));
+        // Here the names that other files leave are wanted.
+        if (index % 5 == 4)
+            actions.back() =
+                planned("/in/" + name, SweepAction::rename("n" + std::to_string(index / 2)));
+    }
+    ListingDisk exact(disk, true);
+    ListingDisk inexact(disk, false);
+    ListingDisk unreadable(disk, true);
+    unreadable.setFaults({failEvery(FileCall::contentsOfDirectory, std::errc::permission_denied)});
+    const Moves byLists = rehearsed(exact, actions);
+
+    EXPECT_GT(exact.lists, 0);
+    EXPECT_LT(exact.callCount(FileCall::fileExists), files);
+    EXPECT_EQ(byLists, rehearsed(inexact, actions));
+    EXPECT_EQ(byLists, rehearsed(unreadable, actions));
+    EXPECT_EQ(inexact.lists, unreadable.lists);
+    EXPECT_EQ(byLists, performed(disk, actions));
+}
+
+TEST(Rehearsal, CountsTheActionsThatWouldFail)
+{
+    InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}, {"/out/b", ""}, {"/file", ""}};
+    const Rehearsal rehearsal({{moving("/in/a", "/file/sub"), moving("/in/b", "/out")}}, disk);
+
+    ASSERT_EQ(rehearsal.size(), 2U);
+    EXPECT_EQ(rehearsal.obstacles(), 1U);
+    EXPECT_EQ(rehearsal.planned(1).source, FileURL("/in/b"));
+    EXPECT_EQ(rehearsal[1].destination, FileURL("/out/b 2"));
 }

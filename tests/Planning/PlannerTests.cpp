@@ -1,6 +1,7 @@
 #include "Planner.h"
 
 #include "DefaultRules.h"
+#include "FaultInjectingFileManager.h"
 #include "InMemoryFileManager.h"
 #include "ScopedEnvironment.h"
 
@@ -184,4 +185,43 @@ TEST(Planner, PlansAFolderFromItsScan)
     EXPECT_EQ(plan.actions[0].source, FileURL("/in/b 9.txt"));
     EXPECT_THROW(Planner::plan(FileURL::directory("/absent"), {}, now, disk),
         std::filesystem::filesystem_error);
+}
+
+TEST(Planner, HasTheScreenCaptureFlagReadOnlyForFilesForWhichARuleAsks)
+{
+    /// A disk that leaves out every flag that it may.
+    struct SparingDisk final : FaultInjectingFileManager {
+        using FaultInjectingFileManager::FaultInjectingFileManager;
+
+        std::vector<DirectoryEntry> contentsWithFlags(
+            const FileURL& in, const NameTest& flagMatters) override
+        {
+            auto entries = contentsOfDirectory(in);
+            for (DirectoryEntry& entry : entries) {
+                if (flagMatters(entry.name))
+                    asked.push_back(entry.name);
+                else
+                    entry.facts.isScreenCapture = false;
+            }
+            return entries;
+        }
+        std::vector<std::string> asked;
+    };
+    InMemoryFileManager memory{{"/in/a.png", ""}, {"/in/Screenshot.png", ""}, {"/in/c.txt", ""}};
+    for (const char* path : {"/in/a.png", "/in/Screenshot.png", "/in/c.txt"})
+        memory.setScreenCapture(path);
+    Rule captures = DefaultRules::screenshots(folder);
+    Rule disabled = captures;
+    disabled.match.fileTypes = {};
+    disabled.isEnabled = false;
+    const FileURL in = FileURL::directory("/in");
+
+    SparingDisk disk(memory);
+    EXPECT_EQ(Planner::plan(in, {disabled, captures}, now, disk),
+        Planner::plan(in, {disabled, captures}, now, memory));
+    EXPECT_EQ(disk.asked, std::vector<std::string>{"a.png"});
+
+    disk.asked.clear();
+    EXPECT_TRUE(Planner::plan(in, {disabled}, now, disk).actions.empty());
+    EXPECT_TRUE(disk.asked.empty());
 }

@@ -304,4 +304,22 @@ TEST(FileFacts, AFolderThatMayNotBeReadCannotBeListed)
     }
 }
 
+TEST(FileFacts, TheScreenCaptureFlagIsReadOnlyWhereItMatters)
+{
+    const TemporaryFolder folder;
+    for (const char* name : {"wanted", "unwanted"})
+        setAttribute(folder.write(name, ""), plainFlag, "1");
+    folder.write("wanted without", "");
+
+    const auto entries = FileFactsReader::contentsOfDirectory(
+        folder.url(), [](std::string_view name) { return name.starts_with("wanted"); });
+
+    ASSERT_EQ(entries.size(), 3U);
+    for (const DirectoryEntry& entry : entries) {
+        FileFacts expected = FileFactsReader::facts(folder.url(entry.name));
+        expected.isScreenCapture = entry.name == "wanted";
+        EXPECT_EQ(entry.facts, expected) << entry.name;
+    }
+}
+
 }  // namespace tidemark

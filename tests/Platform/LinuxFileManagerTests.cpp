@@ -146,4 +146,23 @@ TEST_F(LinuxFileManagerTest, NewFoldersFollowTheUmask)
     }
 }
 
+TEST_F(LinuxFileManagerTest, VisitsEveryNameOfAFolderThatTakesNamesExactly)
+{
+    const FileURL folder = m_folder.makeFolder("in");
+    for (const char* name : {"a", "A", ".hidden", "\xFF"})
+        m_folder.write(std::string("in/") + name, "");
+    m_folder.makeLink("in/link", "nowhere");
+    m_folder.makeFolder("in/folder");
+    std::vector<std::string> names;
+    const auto note = [&](std::string_view name) { names.emplace_back(name); };
+
+    // Any disk may say that it cannot tell; what it does tell has to be all.
+    if (m_files.visitNames(folder, note)) {
+        EXPECT_THAT(names, testing::IsSupersetOf({"a", "A", ".hidden", "\xFF", "link", "folder"}));
+    }
+    EXPECT_EQ(errorOf([&] { m_files.visitNames(m_folder.url("none"), note); }),
+        std::errc::no_such_file_or_directory);
+    EXPECT_FALSE(m_files.visitNames(FileURL{"/proc"}, note)) << "an unknown file system";
+}
+
 }  // namespace tidemark

@@ -179,3 +179,33 @@ TEST(Matcher, WantsAllConditionsTogether)
     info.url = FileURL("/in/a.jpg");
     EXPECT_FALSE(Matcher::matches(match, info, now));
 }
+
+TEST(Matcher, AsksForTheFlagOnlyWhereItDecides)
+{
+    const RuleMatch captures{
+        .fileTypes = {"png"}, .namePattern = "Screenshot*", .screenCaptureOnly = true};
+    RuleMatch nameOnly = captures;
+    nameOnly.screenCaptureOnly = false;
+    struct Row {
+        const char* name;
+        RuleMatch match;
+        const char* file;
+        bool asks;
+    };
+    for (const Row& row : {
+             Row{"of the type, under another name", captures, "a.PNG", true},
+             Row{"of the type, under the name", captures, "Screenshot 1.png", false},
+             Row{"of another type", captures, "a.jpg", false},
+             Row{"captures under any name", {.screenCaptureOnly = true}, "a", true},
+             Row{"by the name alone", nameOnly, "a.png", false},
+             Row{"without any condition", {}, "a.png", false},
+         }) {
+        EXPECT_EQ(Matcher::asksForFlag(row.match, row.file), row.asks) << row.name;
+        // Where it does not ask, the flag must make no difference.
+        if (!row.asks) {
+            EXPECT_EQ(Matcher::fitsApartFromAge(row.match, file(row.file)),
+                Matcher::fitsApartFromAge(row.match, capture(row.file)))
+                << row.name;
+        }
+    }
+}
