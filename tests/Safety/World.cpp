@@ -1,0 +1,327 @@
+#include "World.h"
+
+#include "JSONCoders.h"
+#include "LocalWorkspace.h"
+#include "SweepReport.h"
+#include "UndoReport.h"
+
+#include <QByteArray>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace tidemark {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr mode_t unusualMode = 0640;
+constexpr timespec longAgo = {.tv_sec = 1'600'000'000, .tv_nsec = 123'000'000};
+
+std::string contentOf(const std::string& relative)
+{
+    const std::string content = "this was " + relative + '\n';
+    if (!relative.ends_with(".md"))
+        return content;
+    return "---\ntitle: Trip\ndate: 2024-05-03\n---\n" + content;
+}
+
+std::string read(const std::string& path)
+{
+    std::ifstream stream{path, std::ios::binary};
+    EXPECT_TRUE(stream.is_open()) << "cannot read " << path;
+    return std::string{std::istreambuf_iterator<char>{stream}, {}};
+}
+
+void writeFile(const std::string& path, const std::string& content)
+{
+    fs::create_directories(fs::path{path}.parent_path());
+    std::ofstream stream{path, std::ios::binary | std::ios::trunc};
+    stream << content << std::flush;
+    ASSERT_TRUE(stream.good()) << "cannot write " << path;
+}
+
+bool isInTrash(const std::string& path)
+{
+    const fs::path files = fs::path{path}.parent_path();
+    const std::string trash = files.parent_path().filename().string();
+    return files.filename() == "files" && (trash == "Trash" || trash.starts_with(".Trash-"));
+}
+
+}  // namespace
+
+bool Leftovers::isNone() const
+{
+    return inTrashWindow.empty() && inLinkWindow.empty() && copied.empty() && temporaries == 0
+        && placeholders == 0;
+}
+
+World::World(std::string place, Scenario scenario)
+    : m_place(std::move(place))
+    , m_scenario(std::move(scenario))
+    , m_home(m_place + "/home")
+{
+    for (const std::string& file : m_scenario.files)
+        m_origins[contentOf(file)] = m_place + '/' + file;
+    for (const std::string& file : m_scenario.bystanders) {
+        m_origins[contentOf(file)] = m_place + '/' + file;
+        m_bystanders.insert(contentOf(file));
+    }
+}
+
+void World::reset()
+{
+    for (const fs::directory_entry& entry : fs::directory_iterator{m_place}) {
+        if (entry.path().filename() != "disk") {
+            fs::remove_all(entry.path());
+            continue;
+        }
+        for (const fs::directory_entry& inside : fs::directory_iterator{entry.path()})
+            fs::remove_all(inside.path());
+    }
+    for (const std::string& file : m_scenario.files)
+        write(file);
+    for (const std::string& file : m_scenario.bystanders)
+        write(file);
+    if (m_scenario.hasNoTrashOnDisk)
+        writeFile(m_place + "/disk/.Trash-" + std::to_string(::geteuid()), "");
+    writeFile(supportFolder() + "/settings.json", JSONCoders::encode(settings()));
+    if (m_scenario.startsSwept) {
+        sweep();
+        ASSERT_EQ(journal().sweeps.back().entries.size(), m_scenario.files.size());
+    }
+}
+
+void World::write(const std::string& relative) const
+{
+    const std::string path = m_place + '/' + relative;
+    writeFile(path, contentOf(relative));
+    const timespec times[] = {longAgo, longAgo};
+    ASSERT_EQ(::chmod(path.c_str(), unusualMode), 0);
+    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+}
+
+Settings World::settings() const
+{
+    Settings settings{.gracePeriod = Seconds{-3600}};
+    for (const char* folder : {"home/in", "home/more", "disk/in"}) {
+        const bool isWatched = std::ranges::any_of(m_scenario.files,
+            [&](const std::string& file) { return file.starts_with(std::string{folder} + '/'); });
+        if (isWatched)
+            settings.folders.push_back({.path = m_place + '/' + folder,
+                .rules = m_scenario.rules(m_place),
+                .sortsMarkdown = m_scenario.sortsMarkdown});
+    }
+    return settings;
+}
+
+TracedOutcome World::run(const std::function<CallVerdict(const FileCall&)>& judge) const
+{
+    std::map<std::string, std::string> environment{{"TZ", "UTC"}, {"TMPDIR", m_place}};
+    for (const char* name :
+        {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
+        environment[name] = std::getenv(name);
+    // The leak checker is a tracer itself, and there can be only one.
+    environment["ASAN_OPTIONS"] = "detect_leaks=0";
+    const TracedProcess program{{TIDEMARKCTL, m_scenario.command}, environment, {m_place}};
+    return program.run([&](const FileCall& call) -> CallVerdict {
+        if (const int error = m_scenario.refuses != nullptr ? m_scenario.refuses(call) : 0)
+            return {CallVerdict::Kind::fail, error};
+        return judge(call);
+    });
+}
+
+Journal World::journal() const
+{
+    const std::string path = supportFolder() + "/journal.json";
+    if (!fs::exists(path))
+        return {};
+    return JSONCoders::decode<Journal>(read(path), path);
+}
+
+bool World::isOwnFile(const std::string& path) const
+{
+    return path.starts_with(supportFolder() + '/') || path.ends_with(".trashinfo")
+        || path == m_place + "/disk/.Trash-" + std::to_string(::geteuid());
+}
+
+World::Files World::files() const
+{
+    Files files;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator{m_place}) {
+        const std::string path = entry.path().string();
+        if (entry.is_directory() || isOwnFile(path))
+            continue;
+        struct stat status = {};
+        EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
+        files[read(path)].push_back(
+            {path, status.st_dev, status.st_ino, status.st_mode, status.st_mtim});
+    }
+    return files;
+}
+
+Leftovers World::check() const
+{
+    Leftovers leftovers;
+    Journal known;
+    EXPECT_NO_THROW(known = journal()) << "journal.json is torn";
+    checkSettings();
+    const Files found = files();
+    for (const auto& [content, origin] : m_origins) {
+        const auto places = found.find(content);
+        if (places == found.end())
+            ADD_FAILURE() << "lost: " << origin;
+        else
+            checkFile(content, places->second, known, leftovers);
+    }
+    for (const auto& [content, places] : found) {
+        for (const Found& place : places) {
+            if (!m_origins.contains(content))
+                checkForeign(content, place, known, leftovers);
+        }
+    }
+    return leftovers;
+}
+
+void World::checkFile(const std::string& content, const std::vector<Found>& found,
+    const Journal& journal, Leftovers& leftovers) const
+{
+    if (found.size() == 2) {
+        if (found[0].device != found[1].device)
+            leftovers.copied.insert(content);
+        else if (found[0].inode == found[1].inode)
+            leftovers.inLinkWindow.insert(content);
+        else
+            ADD_FAILURE() << "twice: " << found[0].path << " and " << found[1].path;
+    } else if (found.size() > 2) {
+        ADD_FAILURE() << found.size() << " times: " << found[0].path;
+    }
+    for (const Found& place : found) {
+        EXPECT_EQ(place.mode & 07777U, unusualMode) << place.path;
+        EXPECT_EQ(place.modified.tv_sec, longAgo.tv_sec) << place.path;
+        if (place.path != m_origins.at(content))
+            checkNamed(content, place, journal, leftovers);
+    }
+}
+
+void World::checkNamed(const std::string& content, const Found& found, const Journal& journal,
+    Leftovers& leftovers) const
+{
+    EXPECT_FALSE(m_bystanders.contains(content)) << "moved: " << m_origins.at(content);
+    const std::string& origin = m_origins.at(content);
+    bool isNamed = false;
+    bool isInWindow = false;
+    for (const SweepRecord& sweep : journal.sweeps) {
+        for (const JournalEntry& entry : sweep.entries) {
+            isNamed = isNamed || (entry.from == origin && entry.to == found.path);
+            isInWindow = isInWindow || (entry.from == origin && entry.to == origin);
+        }
+    }
+    if (isInTrash(found.path))
+        checkTrashRecord(found.path, origin);
+    if (isNamed)
+        return;
+    EXPECT_TRUE(isInWindow && isInTrash(found.path))
+        << "the journal does not know " << found.path << " which was " << origin;
+    leftovers.inTrashWindow.insert(content);
+}
+
+/// As the freedesktop.org Trash specification 1.0 wants it.
+void World::checkTrashRecord(const std::string& path, const std::string& origin) const
+{
+    const fs::path trash = fs::path{path}.parent_path().parent_path();
+    const std::string record =
+        read((trash / "info" / fs::path{path}.filename()).string() + ".trashinfo");
+    const bool isHomeTrash = trash.filename() == "Trash";
+    const std::string recorded =
+        isHomeTrash ? origin : fs::path{origin}.lexically_relative(trash.parent_path()).string();
+    EXPECT_TRUE(record.starts_with("[Trash Info]\nPath="
+        + QByteArray::fromStdString(recorded).toPercentEncoding("/").toStdString()
+        + "\nDeletionDate="))
+        << record;
+}
+
+/// The only files that may be there beside the user's are those that a copy or a move made on its way.
+void World::checkForeign(const std::string& content, const Found& found, const Journal& journal,
+    Leftovers& leftovers) const
+{
+    const std::string name = fs::path{found.path}.filename().string();
+    const bool isTemporary = name.starts_with(".tidemark-") && name.ends_with(".tmp");
+    const auto names = [&](const JournalEntry& entry) { return entry.to == found.path; };
+    const bool isPlaceholder = content.empty()
+        && (m_scenario.startsSwept
+            || (!journal.sweeps.empty()
+                && std::ranges::any_of(journal.sweeps.back().entries, names)));
+    EXPECT_TRUE(isTemporary || isPlaceholder) << "what is " << found.path << ": " << content;
+    leftovers.temporaries += isTemporary ? 1 : 0;
+    leftovers.placeholders += isPlaceholder && !isTemporary ? 1 : 0;
+}
+
+void World::checkSettings() const
+{
+    const std::string path = supportFolder() + "/settings.json";
+    Settings found;
+    ASSERT_NO_THROW(found = JSONCoders::decode<Settings>(read(path), path)) << "torn";
+    EXPECT_EQ(found.folders.size(), settings().folders.size());
+}
+
+void World::sweep() const
+{
+    Settings unpaused = settings();
+    unpaused.isPaused = false;
+    LocalWorkspace workspace{FileURL::directory(supportFolder())};
+    SweepObserver nobody;
+    const SweepReport report = performSweep(workspace, unpaused, workspace.now(), nobody);
+    EXPECT_EQ(report.summaryOfFailures(), std::nullopt);
+}
+
+void World::bringBack(const Leftovers& leftovers, bool sweepsFirst) const
+{
+    constexpr int mostSweeps = 4;
+    if (sweepsFirst)
+        sweep();
+    for (int undone = 0; !journal().sweeps.empty(); ++undone) {
+        ASSERT_LT(undone, mostSweeps);
+        LocalWorkspace workspace{FileURL::directory(supportFolder())};
+        const UndoReport report = performUndo(workspace, workspace.now());
+        ASSERT_FALSE(report.failure) << *report.failure;
+    }
+    const Files found = files();
+    for (const auto& [content, origin] : m_origins) {
+        const auto places = found.find(content);
+        ASSERT_NE(places, found.end()) << "lost by undo: " << origin;
+        const bool isBack = std::ranges::any_of(
+            places->second, [&, at = origin](const Found& place) { return place.path == at; });
+        EXPECT_TRUE(isBack || leftovers.inTrashWindow.contains(content)) << "not back: " << origin;
+        const bool mayBeTwice =
+            leftovers.inLinkWindow.contains(content) || leftovers.copied.contains(content);
+        EXPECT_LE(places->second.size(), mayBeTwice ? 2U : 1U) << origin;
+    }
+}
+
+bool World::isDone() const
+{
+    if (m_scenario.command == "pause")
+        return JSONCoders::decode<Settings>(read(supportFolder() + "/settings.json"), "").isPaused;
+    const bool areBack = m_scenario.command == "undo";
+    for (const auto& [content, places] : files()) {
+        const auto origin = m_origins.find(content);
+        if (origin == m_origins.end() || m_bystanders.contains(content))
+            continue;
+        if ((places.front().path == origin->second) != areBack)
+            return false;
+    }
+    return journal().sweeps.empty() == areBack;
+}
+
+}  // namespace tidemark

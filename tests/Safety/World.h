@@ -1,0 +1,95 @@
+#pragma once
+
+#include "Journal.h"
+#include "Scenario.h"
+#include "ScopedEnvironment.h"
+#include "Settings.h"
+#include "TracedProcess.h"
+
+#include <sys/types.h>
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tidemark {
+
+/// What was found after something went wrong, beside every file at one place.
+struct Leftovers {
+    std::set<std::string>
+        inTrashWindow;  ///< In the Trash with a record, unknown to undo; by content.
+    std::set<std::string> inLinkWindow;  ///< Under two names.
+    std::set<std::string> copied;  ///< Whole on two file systems.
+    int temporaries = 0;  ///< Hidden temporary files of a copy.
+    int placeholders = 0;  ///< Empty files at the place that the journal names.
+
+    bool isNone() const;
+};
+
+/// The files of a scenario on a real disk, and what must be true of them whatever happens.
+///
+/// Each file's content is unlike any other's. HOME and XDG_* point into the place for the world's life time.
+class World {
+public:
+    /// Works in `place`, an empty folder; "disk" in it is another file system if the scenario needs one.
+    World(std::string place, Scenario scenario);
+
+    const Scenario& scenario() const { return m_scenario; }
+    const std::string& place() const { return m_place; }
+
+    /// Takes all away and makes the files of the scenario anew.
+    void reset();
+
+    /// Runs the scenario's command by the real program. Calls that the scenario refuses do not reach
+    /// `judge`; they are recorded.
+    TracedOutcome run(const std::function<CallVerdict(const FileCall&)>& judge) const;
+
+    /// Expects every file whole and exactly once, but for the windows that are known, nothing overwritten,
+    /// journal and settings readable, and every moved file in the journal.
+    Leftovers check() const;
+
+    /// Sweeps once more if wanted, then undoes all sweeps, as the next process would, and expects all files
+    /// back at their places but for what `leftovers` tells.
+    void bringBack(const Leftovers& leftovers, bool sweepsFirst) const;
+
+    /// Whether everything stands where the command brings it when nothing goes wrong.
+    bool isDone() const;
+
+    Journal journal() const;
+    std::string supportFolder() const { return m_place + "/home/.local/share/Tidemark"; }
+
+private:
+    /// One name of a file on the disk.
+    struct Found {
+        std::string path;
+        dev_t device;
+        ino_t inode;
+        mode_t mode;
+        timespec modified;
+    };
+    using Files = std::map<std::string, std::vector<Found>>;  // by content
+
+    Settings settings() const;
+    void write(const std::string& relative) const;
+    void sweep() const;
+    Files files() const;
+    void checkFile(const std::string& content, const std::vector<Found>& found,
+        const Journal& journal, Leftovers& leftovers) const;
+    void checkNamed(const std::string& content, const Found& found, const Journal& journal,
+        Leftovers& leftovers) const;
+    void checkTrashRecord(const std::string& path, const std::string& origin) const;
+    void checkForeign(const std::string& content, const Found& found, const Journal& journal,
+        Leftovers& leftovers) const;
+    void checkSettings() const;
+    bool isOwnFile(const std::string& path) const;
+
+    std::string m_place;
+    Scenario m_scenario;
+    ScopedHome m_home;
+    ScopedEnvironment m_zone{"TZ", "UTC"};
+    std::map<std::string, std::string> m_origins;  // of every file, by content
+    std::set<std::string> m_bystanders;  // contents
+};
+
+}  // namespace tidemark
