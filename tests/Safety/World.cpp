@@ -60,12 +60,6 @@ bool isInTrash(const std::string& path)
 
 }  // namespace
 
-bool Leftovers::isNone() const
-{
-    return inTrashWindow.empty() && inLinkWindow.empty() && copied.empty() && temporaries == 0
-        && placeholders == 0;
-}
-
 World::World(std::string place, Scenario scenario)
     : m_place(std::move(place))
     , m_scenario(std::move(scenario))
@@ -176,33 +170,60 @@ Leftovers World::check() const
     Journal known;
     EXPECT_NO_THROW(known = journal()) << "journal.json is torn";
     checkSettings();
-    const Files found = files();
+    noteAnnounced(known, leftovers);
+    Files found = files();
+    for (auto& [content, places] : found) {
+        const auto temporaries =
+            std::erase_if(places, [](const Found& place) { return isTemporary(place.path); });
+        leftovers.temporaries += static_cast<int>(temporaries);
+    }
     for (const auto& [content, origin] : m_origins) {
-        const auto places = found.find(content);
-        if (places == found.end())
+        if (const auto& places = found[content]; places.empty())
             ADD_FAILURE() << "lost: " << origin;
         else
-            checkFile(content, places->second, known, leftovers);
+            checkFile(content, places, known, leftovers);
     }
     for (const auto& [content, places] : found) {
         for (const Found& place : places) {
             if (!m_origins.contains(content))
-                checkForeign(content, place, known, leftovers);
+                checkForeign(content, place, leftovers);
         }
     }
     return leftovers;
+}
+
+bool World::isTemporary(const std::string& path)
+{
+    const std::string name = fs::path{path}.filename().string();
+    return name.starts_with(".tidemark-") && name.ends_with(".tmp");
+}
+
+/// Whether it is where undo brings a file whose name is taken.
+bool World::isBeside(const std::string& path, const std::string& origin)
+{
+    const fs::path wanted{origin};
+    return path
+        == (wanted.parent_path() / wanted.stem()).string() + " 2" + wanted.extension().string();
+}
+
+void World::noteAnnounced(const Journal& journal, Leftovers& leftovers) const
+{
+    for (const SweepRecord& sweep : journal.sweeps) {
+        for (const JournalEntry& entry : sweep.entries) {
+            if (entry.op == JournalEntry::Op::trash && entry.to == entry.from
+                && fs::exists(entry.from))
+                leftovers.announced.insert(read(entry.from));
+        }
+    }
 }
 
 void World::checkFile(const std::string& content, const std::vector<Found>& found,
     const Journal& journal, Leftovers& leftovers) const
 {
     if (found.size() == 2) {
-        if (found[0].device != found[1].device)
-            leftovers.copied.insert(content);
-        else if (found[0].inode == found[1].inode)
-            leftovers.inLinkWindow.insert(content);
-        else
-            ADD_FAILURE() << "twice: " << found[0].path << " and " << found[1].path;
+        const bool isOneFile =
+            found[0].device == found[1].device && found[0].inode == found[1].inode;
+        (isOneFile ? leftovers.inLinkWindow : leftovers.copied).insert(content);
     } else if (found.size() > 2) {
         ADD_FAILURE() << found.size() << " times: " << found[0].path;
     }
@@ -231,9 +252,9 @@ void World::checkNamed(const std::string& content, const Found& found, const Jou
         checkTrashRecord(found.path, origin);
     if (isNamed)
         return;
-    EXPECT_TRUE(isInWindow && isInTrash(found.path))
+    EXPECT_TRUE(isInTrash(found.path))
         << "the journal does not know " << found.path << " which was " << origin;
-    leftovers.inTrashWindow.insert(content);
+    (isInWindow ? leftovers.inTrashWindow : leftovers.withdrawn).insert(content);
 }
 
 /// As the freedesktop.org Trash specification 1.0 wants it.
@@ -251,20 +272,11 @@ void World::checkTrashRecord(const std::string& path, const std::string& origin)
         << record;
 }
 
-/// The only files that may be there beside the user's are those that a copy or a move made on its way.
-void World::checkForeign(const std::string& content, const Found& found, const Journal& journal,
-    Leftovers& leftovers) const
+/// The only files that may be there beside the user's are the empty ones that a move was going to replace.
+void World::checkForeign(const std::string& content, const Found& found, Leftovers& leftovers) const
 {
-    const std::string name = fs::path{found.path}.filename().string();
-    const bool isTemporary = name.starts_with(".tidemark-") && name.ends_with(".tmp");
-    const auto names = [&](const JournalEntry& entry) { return entry.to == found.path; };
-    const bool isPlaceholder = content.empty()
-        && (m_scenario.startsSwept
-            || (!journal.sweeps.empty()
-                && std::ranges::any_of(journal.sweeps.back().entries, names)));
-    EXPECT_TRUE(isTemporary || isPlaceholder) << "what is " << found.path << ": " << content;
-    leftovers.temporaries += isTemporary ? 1 : 0;
-    leftovers.placeholders += isPlaceholder && !isTemporary ? 1 : 0;
+    EXPECT_EQ(content, "") << "what is " << found.path;
+    ++leftovers.placeholders;
 }
 
 void World::checkSettings() const
@@ -296,17 +308,31 @@ void World::bringBack(const Leftovers& leftovers, bool sweepsFirst) const
         const UndoReport report = performUndo(workspace, workspace.now());
         ASSERT_FALSE(report.failure) << *report.failure;
     }
-    const Files found = files();
-    for (const auto& [content, origin] : m_origins) {
-        const auto places = found.find(content);
-        ASSERT_NE(places, found.end()) << "lost by undo: " << origin;
-        const bool isBack = std::ranges::any_of(
-            places->second, [&, at = origin](const Found& place) { return place.path == at; });
-        EXPECT_TRUE(isBack || leftovers.inTrashWindow.contains(content)) << "not back: " << origin;
-        const bool mayBeTwice =
-            leftovers.inLinkWindow.contains(content) || leftovers.copied.contains(content);
-        EXPECT_LE(places->second.size(), mayBeTwice ? 2U : 1U) << origin;
+    Files found = files();
+    for (auto& [content, places] : found) {
+        std::erase_if(places, [](const Found& place) { return isTemporary(place.path); });
+        if (m_origins.contains(content))
+            checkBack(content, places, leftovers);
     }
+    for (const auto& [content, origin] : m_origins)
+        EXPECT_FALSE(found[content].empty()) << "lost by undo: " << origin;
+}
+
+void World::checkBack(
+    const std::string& content, const std::vector<Found>& found, const Leftovers& leftovers) const
+{
+    const std::string& origin = m_origins.at(content);
+    const bool mayStayInTrash =
+        leftovers.inTrashWindow.contains(content) || leftovers.withdrawn.contains(content);
+    const bool mayBeBeside = leftovers.announced.contains(content) || leftovers.placeholders > 0;
+    const bool isBack = std::ranges::any_of(found, [&](const Found& place) {
+        return place.path == origin || (mayStayInTrash && isInTrash(place.path))
+            || (mayBeBeside && isBeside(place.path, origin));
+    });
+    EXPECT_TRUE(isBack) << "not back: " << origin;
+    const bool mayBeTwice =
+        leftovers.inLinkWindow.contains(content) || leftovers.copied.contains(content);
+    EXPECT_LE(found.size(), mayBeTwice ? 2U : 1U) << origin;
 }
 
 bool World::isDone() const

@@ -19,12 +19,14 @@ namespace tidemark {
 struct Leftovers {
     std::set<std::string>
         inTrashWindow;  ///< In the Trash with a record, unknown to undo; by content.
+    std::set<std::string> withdrawn;  ///< The same, and its entry has been taken back.
     std::set<std::string> inLinkWindow;  ///< Under two names.
     std::set<std::string> copied;  ///< Whole on two file systems.
+    /// Still at its place, though the journal says that it is in the Trash, at a place not known yet: undo
+    /// takes it for another file that came later and gives it a free name.
+    std::set<std::string> announced;
     int temporaries = 0;  ///< Hidden temporary files of a copy.
-    int placeholders = 0;  ///< Empty files at the place that the journal names.
-
-    bool isNone() const;
+    int placeholders = 0;  ///< Empty files that a move by placeholder was going to replace.
 };
 
 /// The files of a scenario on a real disk, and what must be true of them whatever happens.
@@ -74,13 +76,17 @@ private:
     void write(const std::string& relative) const;
     void sweep() const;
     Files files() const;
+    static bool isTemporary(const std::string& path);
+    static bool isBeside(const std::string& path, const std::string& origin);
+    void noteAnnounced(const Journal& journal, Leftovers& leftovers) const;
+    void checkBack(const std::string& content, const std::vector<Found>& found,
+        const Leftovers& leftovers) const;
     void checkFile(const std::string& content, const std::vector<Found>& found,
         const Journal& journal, Leftovers& leftovers) const;
     void checkNamed(const std::string& content, const Found& found, const Journal& journal,
         Leftovers& leftovers) const;
     void checkTrashRecord(const std::string& path, const std::string& origin) const;
-    void checkForeign(const std::string& content, const Found& found, const Journal& journal,
-        Leftovers& leftovers) const;
+    void checkForeign(const std::string& content, const Found& found, Leftovers& leftovers) const;
     void checkSettings() const;
     bool isOwnFile(const std::string& path) const;
 
