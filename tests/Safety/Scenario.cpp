@@ -55,17 +55,17 @@ std::vector<Rule> none(const std::string&)
     return {};
 }
 
-int withoutRenameFlag(const FileCall& call)
+int withoutRenameFlag(const TracedCall& call)
 {
     return call.name == "renameat2" ? EINVAL : 0;
 }
 
-int withoutRenameFlagAndLinks(const FileCall& call)
+int withoutRenameFlagAndLinks(const TracedCall& call)
 {
     return call.name == "linkat" ? EPERM : withoutRenameFlag(call);
 }
 
-int withoutUnnamedFiles(const FileCall& call)
+int withoutUnnamedFiles(const TracedCall& call)
 {
     return (call.flags & O_TMPFILE) == O_TMPFILE ? EOPNOTSUPP : 0;
 }

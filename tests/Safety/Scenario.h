@@ -1,7 +1,7 @@
 #pragma once
 
-#include "FileCall.h"
 #include "Rule.h"
+#include "TracedCall.h"
 
 #include <string>
 #include <vector>
@@ -21,7 +21,7 @@ struct Scenario {
     bool hasNoTrashOnDisk = false;
     bool sortsMarkdown = false;
     int (*refuses)(
-        const FileCall& call) = nullptr;  ///< The errno by which a call is never offered, or 0.
+        const TracedCall& call) = nullptr;  ///< The errno by which a call is never offered, or 0.
     std::string command = "sweep";
     bool startsSwept = false;  ///< The files have been moved already.
 

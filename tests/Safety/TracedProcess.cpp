@@ -49,7 +49,7 @@ std::vector<sock_filter> callFilter()
 {
     std::vector<sock_filter> filter;
     filter.push_back(BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)));
-    for (const FileCallShape& shape : fileCallShapes()) {
+    for (const TracedCallShape& shape : tracedCallShapes()) {
         const auto number = static_cast<unsigned>(shape.number);
         filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 1));
         filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRACE));
@@ -108,7 +108,7 @@ private:
 /// A program that is stopped at its calls.
 class Trace {
 public:
-    using Judge = std::function<CallVerdict(const FileCall&)>;
+    using Judge = std::function<CallVerdict(const TracedCall&)>;
 
     Trace(const std::vector<std::string>& roots, const Judge& judge)
         : m_roots(roots)
@@ -142,7 +142,7 @@ public:
 private:
     /// What one thread is in the middle of.
     struct Thread {
-        std::optional<FileCall> call;
+        std::optional<TracedCall> call;
         CallVerdict verdict;
         bool hasStarted = false;
     };
@@ -247,7 +247,7 @@ private:
         user_regs_struct registers = {};
         if (::ptrace(PTRACE_GETREGS, thread, nullptr, &registers) != 0)
             return;
-        std::optional<FileCall> call = decode(thread, registers);
+        std::optional<TracedCall> call = decode(thread, registers);
         if (!call)
             return proceed(thread, PTRACE_CONT, 0);
         if (m_outcome.calls.size() >= mostCalls) {
@@ -269,7 +269,7 @@ private:
             return;
         case CallVerdict::Kind::fail:
             // A descriptor is closed whatever close(2) returns; only the result is replaced, afterwards.
-            if (state.call->kind == FileCall::Kind::close)
+            if (state.call->kind == TracedCall::Kind::close)
                 break;
             registers.orig_rax = static_cast<unsigned long long>(-1);
             registers.rax = static_cast<unsigned long long>(-state.verdict.error);
@@ -284,7 +284,7 @@ private:
         proceed(thread, PTRACE_SYSCALL, 0);
     }
 
-    void shorten(pid_t thread, FileCall& call, user_regs_struct& registers) const
+    void shorten(pid_t thread, TracedCall& call, user_regs_struct& registers) const
     {
         const std::size_t half = call.data.size() / 2;
         if (half == 0)
@@ -307,7 +307,7 @@ private:
         user_regs_struct registers = {};
         if (state.call && ::ptrace(PTRACE_GETREGS, thread, nullptr, &registers) == 0) {
             if (state.verdict.kind == CallVerdict::Kind::fail
-                && state.call->kind == FileCall::Kind::close) {
+                && state.call->kind == TracedCall::Kind::close) {
                 registers.rax = static_cast<unsigned long long>(-state.verdict.error);
                 ::ptrace(PTRACE_SETREGS, thread, nullptr, &registers);
             }
@@ -329,15 +329,15 @@ private:
     }
 
     /// Nothing for a call that is about something else.
-    std::optional<FileCall> decode(pid_t thread, const user_regs_struct& registers) const
+    std::optional<TracedCall> decode(pid_t thread, const user_regs_struct& registers) const
     {
         const auto shape = std::ranges::find(
-            fileCallShapes(), static_cast<long>(registers.orig_rax), &FileCallShape::number);
-        if (shape == fileCallShapes().end())
+            tracedCallShapes(), static_cast<long>(registers.orig_rax), &TracedCallShape::number);
+        if (shape == tracedCallShapes().end())
             return std::nullopt;
         const std::array<unsigned long long, 6> arguments = {
             registers.rdi, registers.rsi, registers.rdx, registers.r10, registers.r8, registers.r9};
-        FileCall call{.name = shape->name, .kind = shape->kind};
+        TracedCall call{.name = shape->name, .kind = shape->kind};
         if (shape->descriptor >= 0) {
             call.descriptor =
                 static_cast<int>(arguments[static_cast<std::size_t>(shape->descriptor)]);
@@ -351,28 +351,31 @@ private:
             return std::nullopt;
         if (shape->folder >= 0 && arguments[static_cast<std::size_t>(shape->path)] == 0)
             call.descriptor = static_cast<int>(arguments[static_cast<std::size_t>(shape->folder)]);
+        if (call.kind == TracedCall::Kind::link)
+            call.descriptor =
+                ownDescriptor(readText(thread, arguments[static_cast<std::size_t>(shape->path)]));
         addDetails(thread, arguments, call);
         return call;
     }
 
     void addDetails(
-        pid_t thread, const std::array<unsigned long long, 6>& arguments, FileCall& call) const
+        pid_t thread, const std::array<unsigned long long, 6>& arguments, TracedCall& call) const
     {
-        if (call.kind == FileCall::Kind::open) {
+        if (call.kind == TracedCall::Kind::open) {
             call.flags = static_cast<int>(arguments[call.name == "open" ? 1 : 2]);
             const bool makes =
                 (call.flags & (O_CREAT | O_TRUNC)) != 0 || (call.flags & O_TMPFILE) == O_TMPFILE;
             if (makes)
-                call.kind = FileCall::Kind::create;
+                call.kind = TracedCall::Kind::create;
         } else if (call.name == "ioctl") {
             if (arguments[1] == FICLONE || arguments[1] == FICLONERANGE)
-                call.kind = FileCall::Kind::clone;
+                call.kind = TracedCall::Kind::clone;
         } else if (call.name == "unlinkat") {
             if ((arguments[2] & AT_REMOVEDIR) != 0)
-                call.kind = FileCall::Kind::removeFolder;
-        } else if (call.kind == FileCall::Kind::truncate) {
+                call.kind = TracedCall::Kind::removeFolder;
+        } else if (call.kind == TracedCall::Kind::truncate) {
             call.offset = static_cast<std::int64_t>(arguments[1]);
-        } else if (call.kind == FileCall::Kind::write) {
+        } else if (call.kind == TracedCall::Kind::write) {
             call.data = dataOfWrite(thread, call.name.ends_with('v'), arguments);
             if (call.name.starts_with('p'))
                 call.offset = static_cast<std::int64_t>(arguments[3]);
@@ -432,13 +435,19 @@ private:
         return text;
     }
 
+    /// The open file that a path stands for (proc(5)); -1 for any other path.
+    static int ownDescriptor(const std::string& path)
+    {
+        constexpr std::string_view folder = "/proc/self/fd/";
+        return path.starts_with(folder) ? std::atoi(path.c_str() + folder.size()) : -1;
+    }
+
     std::string pathArgument(pid_t thread, const std::array<unsigned long long, 6>& arguments,
         int folder, int path) const
     {
-        constexpr std::string_view ownDescriptors = "/proc/self/fd/";
-        std::string text = readText(thread, arguments[static_cast<std::size_t>(path)]);
-        if (text.starts_with(ownDescriptors))
-            return pathOfDescriptor(std::atoi(text.c_str() + ownDescriptors.size()));
+        const std::string text = readText(thread, arguments[static_cast<std::size_t>(path)]);
+        if (const int descriptor = ownDescriptor(text); descriptor >= 0)
+            return pathOfDescriptor(descriptor);
         if (text.starts_with('/'))
             return fs::path{text}.lexically_normal().string();
         const int base =
@@ -496,7 +505,7 @@ std::optional<std::string> TracedProcess::whyNotPossible()
     return std::nullopt;
 }
 
-TracedOutcome TracedProcess::run(const std::function<CallVerdict(const FileCall&)>& judge) const
+TracedOutcome TracedProcess::run(const std::function<CallVerdict(const TracedCall&)>& judge) const
 {
     return Trace{m_roots, judge}.run(m_command, m_environment);
 }
@@ -508,7 +517,7 @@ std::optional<std::string> TracedProcess::whyNotPossible()
     return "the tracer knows x86-64 alone";
 }
 
-TracedOutcome TracedProcess::run(const std::function<CallVerdict(const FileCall&)>&) const
+TracedOutcome TracedProcess::run(const std::function<CallVerdict(const TracedCall&)>&) const
 {
     throw std::logic_error{"the tracer knows x86-64 alone"};
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileCall.h"
+#include "TracedCall.h"
 
 #include <functional>
 #include <map>
@@ -28,7 +28,7 @@ struct CallVerdict {
 struct TracedOutcome {
     int status = -1;  ///< The exit status, negative for the signal that ended it.
     bool didHang = false;  ///< It made no end and was killed for that.
-    std::vector<FileCall> calls;  ///< In the order they were made; the killed one, too.
+    std::vector<TracedCall> calls;  ///< In the order they were made; the killed one, too.
     std::string output;
     std::string error;
 };
@@ -48,7 +48,7 @@ public:
 
     /// Runs it to its end. `judge` is asked before each call, with the calls made so far being numbered
     /// from 0 in their order.
-    TracedOutcome run(const std::function<CallVerdict(const FileCall&)>& judge) const;
+    TracedOutcome run(const std::function<CallVerdict(const TracedCall&)>& judge) const;
 
 private:
     std::vector<std::string> m_command;

@@ -21,6 +21,8 @@ struct Leftovers {
         inTrashWindow;  ///< In the Trash with a record, unknown to undo; by content.
     std::set<std::string> withdrawn;  ///< The same, and its entry has been taken back.
     std::set<std::string> inLinkWindow;  ///< Under two names.
+    std::set<std::string>
+        unknownCopies;  ///< Still at its place, and twice, the other not journaled.
     std::set<std::string> copied;  ///< Whole on two file systems.
     /// Still at its place, though the journal says that it is in the Trash, at a place not known yet: undo
     /// takes it for another file that came later and gives it a free name.
@@ -40,12 +42,15 @@ public:
     const Scenario& scenario() const { return m_scenario; }
     const std::string& place() const { return m_place; }
 
+    /// Where every file was before any sweep, by its content.
+    const std::map<std::string, std::string>& origins() const { return m_origins; }
+
     /// Takes all away and makes the files of the scenario anew.
     void reset();
 
     /// Runs the scenario's command by the real program. Calls that the scenario refuses do not reach
     /// `judge`; they are recorded.
-    TracedOutcome run(const std::function<CallVerdict(const FileCall&)>& judge) const;
+    TracedOutcome run(const std::function<CallVerdict(const TracedCall&)>& judge) const;
 
     /// Expects every file whole and exactly once, but for the windows that are known, nothing overwritten,
     /// journal and settings readable, and every moved file in the journal.

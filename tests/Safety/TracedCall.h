@@ -7,7 +7,7 @@
 namespace tidemark {
 
 /// One system call about files, as a tracer sees it. A plain value.
-struct FileCall {
+struct TracedCall {
     enum class Kind {
         look,  ///< Asks for facts, names or attributes, or moves the place to read from.
         open,  ///< Opens what is there.
@@ -45,10 +45,10 @@ struct FileCall {
 };
 
 /// Which calls are followed, and what their arguments mean; indices of arguments, -1 for none.
-struct FileCallShape {
+struct TracedCallShape {
     long number;
     const char* name;
-    FileCall::Kind kind;
+    TracedCall::Kind kind;
     int folder = -1;  ///< The descriptor that `path` is relative to.
     int path = -1;
     int otherFolder = -1;
@@ -56,6 +56,6 @@ struct FileCallShape {
     int descriptor = -1;
 };
 
-const std::vector<FileCallShape>& fileCallShapes();
+const std::vector<TracedCallShape>& tracedCallShapes();
 
 }  // namespace tidemark

@@ -1,4 +1,4 @@
-#include "FileCall.h"
+#include "TracedCall.h"
 
 #include <sys/syscall.h>
 
@@ -6,7 +6,7 @@
 
 namespace tidemark {
 
-bool FileCall::changesTheDisk() const
+bool TracedCall::changesTheDisk() const
 {
     switch (kind) {
     case Kind::look:
@@ -19,7 +19,7 @@ bool FileCall::changesTheDisk() const
     }
 }
 
-std::string FileCall::text() const
+std::string TracedCall::text() const
 {
     std::string text = name + ' ' + path;
     if (!otherPath.empty())
@@ -27,10 +27,10 @@ std::string FileCall::text() const
     return result < 0 ? text + ": " + std::strerror(static_cast<int>(-result)) : text;
 }
 
-const std::vector<FileCallShape>& fileCallShapes()
+const std::vector<TracedCallShape>& tracedCallShapes()
 {
-    using Kind = FileCall::Kind;
-    static const std::vector<FileCallShape> shapes = {
+    using Kind = TracedCall::Kind;
+    static const std::vector<TracedCallShape> shapes = {
 #ifdef __x86_64__
         {.number = SYS_open, .name = "open", .kind = Kind::open, .path = 0},
         {.number = SYS_creat, .name = "creat", .kind = Kind::create, .path = 0},
