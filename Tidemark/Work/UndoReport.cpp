@@ -75,8 +75,7 @@ UndoReport UndoReport::decode(const JSONDecoder& decoder)
 
 bool hasSweepToUndo(Workspace& workspace)
 {
-    workspace.controller().recentActivity(0);  // throws for a journal that cannot be read
-    return workspace.controller().canUndo();
+    return workspace.controller().hasSweepToUndo();
 }
 
 bool pauseBeforeUndo(Workspace& workspace)

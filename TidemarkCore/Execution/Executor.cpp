@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
+#include <string_view>
 
 namespace tidemark {
 
@@ -106,6 +108,7 @@ std::optional<SweepRecord> Executor::undoLastSweep(Date /*now*/, UndoObserver* o
         return std::nullopt;
 
     restoreAll(journal.sweeps.back().entries, follower);
+    flushFolders(journal.sweeps.back().entries);
 
     SweepRecord undone = std::move(journal.sweeps.back());
     journal.sweeps.pop_back();
@@ -121,6 +124,20 @@ void Executor::restoreAll(const std::vector<JournalEntry>& entries, UndoObserver
                 std::make_error_code(std::errc::operation_canceled));
         restore(entry, observer);
     });
+}
+
+/// A power cut must not take back a move, maybe on another disk, that the journal knows nothing of any more.
+void Executor::flushFolders(const std::vector<JournalEntry>& entries)
+{
+    std::set<std::string_view> folders;
+    for (const JournalEntry& entry : entries) {
+        if (!canExist(entry.to) || !canExist(entry.from))
+            continue;
+        folders.insert(Destination::at(entry.to).folder);
+        folders.insert(Destination::at(entry.from).folder);
+    }
+    for (const std::string_view folder : folders)
+        m_fileManager->flushDirectory(FileURL::directory(std::string(folder)));
 }
 
 void Executor::restore(const JournalEntry& entry, UndoObserver& observer)

@@ -45,6 +45,7 @@ private:
     void journalThenMove(
         const PlannedAction& action, const Destination& wanted, JournalWriter& journal, Date now);
     void journalThenTrash(const FileURL& source, JournalWriter& journal, Date now);
+    void flushFolders(const std::vector<JournalEntry>& entries);
     void restoreAll(const std::vector<JournalEntry>& entries, UndoObserver& observer);
     void restore(const JournalEntry& entry, UndoObserver& observer);
 

@@ -73,8 +73,13 @@ public:
     /// The facts of one entry; a link is described, not followed.
     virtual FileFacts facts(const FileURL& url) = 0;
 
-    /// Makes `folder` and every missing parent; an existing folder, or link to one, is fine.
+    /// Makes `folder` and every missing parent; an existing folder, or link to one, is fine. What was made has
+    /// reached the disk.
     virtual void createDirectory(const FileURL& folder) = 0;
+
+    /// Has the changes of the names in `folder` reach the disk, where there is such a folder, it may be read
+    /// and its file system can do that. Throws when the disk fails.
+    virtual void flushDirectory(const FileURL& folder) = 0;
 
     /// Moves `from` to `to`, across file systems too, with its content, dates, mode, extended attributes
     /// and access lists. An existing `to` is never replaced: throws file_exists. What the destination's

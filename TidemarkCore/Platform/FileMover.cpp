@@ -2,6 +2,7 @@
 
 #include "FileCopyMover.h"
 #include "FileDescriptor.h"
+#include "Folders.h"
 #include "SystemCall.h"
 
 #include <fcntl.h>
@@ -43,11 +44,23 @@ bool isEmptyFile(const FileURL& url)
         && status.st_size == 0;
 }
 
+/// On some file systems a power cut could take the new name back and not the removal of the old one.
+void flushNewName(const FileURL& from, const FileURL& to)
+{
+    try {
+        Folders::flushIfPossible(to.parent());
+    } catch (const std::filesystem::filesystem_error& error) {
+        ::unlink(to.path().c_str());
+        fail(cannotMove, from, to, error.code().value());
+    }
+}
+
 /// The second half of a move by link; `before` is the status of `from` before there was a second name.
 Result removeOldName(const FileURL& from, const FileURL& to, const struct stat& before)
 {
     const struct stat linked = statusOf(to, from, to);
     if (leadsTo(from, linked)) {
+        flushNewName(from, to);
         if (::unlink(from.path().c_str()) == 0 || errno == ENOENT)
             return Result::moved;
         const int error = errno;

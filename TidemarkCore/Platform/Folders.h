@@ -10,7 +10,12 @@ namespace tidemark {
 /// Folders by the kernel's own calls. Safe from any thread.
 namespace Folders {
 
-/// Makes `folder` and every missing parent with this mode (less the umask). An existing folder, or link to
+/// Makes one folder with this mode (less the umask) and has its name reach the disk, so that nothing that is
+/// moved into it can outlive it in a power cut. Returns the errno of a failure, else 0: also for a folder,
+/// or link to one, that is there already.
+int makeOne(const FileURL& folder, mode_t mode, OwnChanges ownChanges);
+
+/// The same with every missing parent. An existing folder, or link to
 /// one, is fine. Throws filesystem_error, file_exists when something else stands there.
 void make(const FileURL& folder, mode_t mode, OwnChanges ownChanges);
 
@@ -22,6 +27,9 @@ int removeName(const FileURL& url, OwnChanges ownChanges);
 
 /// Has the names in `folder` reach the disk. Throws filesystem_error.
 void flush(const FileURL& folder);
+
+/// The same where the folder is there, may be read, and its file system can do that.
+void flushIfPossible(const FileURL& folder);
 
 }  // namespace Folders
 

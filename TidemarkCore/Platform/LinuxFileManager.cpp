@@ -149,6 +149,11 @@ void LinuxFileManager::createDirectory(const FileURL& folder)
     Folders::make(folder, 0777, m_ownChanges);
 }
 
+void LinuxFileManager::flushDirectory(const FileURL& folder)
+{
+    Folders::flushIfPossible(folder);
+}
+
 void LinuxFileManager::moveItem(const FileURL& from, const FileURL& to)
 {
     FileMover::move(from, to, m_ownChanges);

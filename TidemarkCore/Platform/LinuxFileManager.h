@@ -24,6 +24,7 @@ public:
     void requireListable(const FileURL& folder) override;
     FileFacts facts(const FileURL& url) override;
     void createDirectory(const FileURL& folder) override;
+    void flushDirectory(const FileURL& folder) override;
     void moveItem(const FileURL& from, const FileURL& to) override;
     std::optional<FileURL> trashItem(const FileURL& url) override;
     void setCreationDate(const FileURL& url, Date date) override;

@@ -92,8 +92,7 @@ FileURL topOfFileSystem(const FileURL& url)
 bool hasOwnFolder(const FileURL& url, OwnChanges ownChanges)
 {
     struct stat status;
-    const OwnChanges::Guard change = ownChanges.begin({url});
-    if (::mkdir(url.path().c_str(), forTheUserAlone) != 0 && errno != EEXIST)
+    if (Folders::makeOne(url, forTheUserAlone, ownChanges) != 0)
         return false;
     return ::lstat(url.path().c_str(), &status) == 0 && S_ISDIR(status.st_mode)
         && status.st_uid == ::geteuid();

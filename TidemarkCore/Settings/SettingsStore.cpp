@@ -34,6 +34,16 @@ void SettingsStore::save(const Settings& settings) const
         write(text);
 }
 
+void SettingsStore::saveOverUnreadable(const Settings& settings) const
+{
+    m_fileManager->createDirectory(m_url.parent());
+    const std::string text = JSONCoders::encode(settings);
+    if (m_fileManager->fileExists(m_url))
+        replaceUnreadableFile(text);
+    else
+        write(text);
+}
+
 bool SettingsStore::hasUnreadableFile() const
 {
     try {

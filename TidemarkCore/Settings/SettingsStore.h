@@ -24,6 +24,9 @@ public:
     /// "settings.json.unreadable-<time>", with "-2" and so on where that name is taken. Throws filesystem_error; the old file stands then.
     void save(const Settings& settings) const;
 
+    /// The same for settings that take the place of a file that could not be read: it is kept in any case.
+    void saveOverUnreadable(const Settings& settings) const;
+
 private:
     bool hasUnreadableFile() const;
     void replaceUnreadableFile(std::string_view text) const;

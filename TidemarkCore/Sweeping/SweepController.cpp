@@ -55,10 +55,15 @@ bool SweepController::takeInOtherChanges()
 bool SweepController::canUndo()
 {
     try {
-        return m_journalReader.hasSweep();
+        return hasSweepToUndo();
     } catch (const std::runtime_error&) {
         return false;
     }
+}
+
+bool SweepController::hasSweepToUndo()
+{
+    return m_journalReader.hasSweep();
 }
 
 bool SweepController::hasCurrentJournal() const
@@ -115,7 +120,11 @@ void SweepController::update(Settings settings)
 
 void SweepController::saveSettings()
 {
-    m_settingsStore.save(m_settings);
+    // A file that could not be read may be read now; these settings were not made from it all the same.
+    if (m_settingsError != nullptr)
+        m_settingsStore.saveOverUnreadable(m_settings);
+    else
+        m_settingsStore.save(m_settings);
     m_settingsError = nullptr;  // the file is good now
     m_settingsIdentity = identityOfSettings();
 }

@@ -40,6 +40,9 @@ public:
     /// Whether the journal holds a sweep, as its file is now; false when it cannot be read.
     bool canUndo();
 
+    /// The same, but throws what JournalStore::load throws.
+    bool hasSweepToUndo();
+
     /// Whether `canUndo`, and `recentActivity` for up to 20 entries, answer now without decoding the journal,
     /// which takes long for a large one: JournalReader::isCurrent.
     bool hasCurrentJournal() const;

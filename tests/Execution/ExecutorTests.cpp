@@ -46,6 +46,7 @@ public:
     void requireListable(const FileURL& folder) override { m_disk.requireListable(folder); }
     FileFacts facts(const FileURL& url) override { return m_disk.facts(url); }
     void createDirectory(const FileURL& folder) override { m_disk.createDirectory(folder); }
+    void flushDirectory(const FileURL& folder) override { m_disk.flushDirectory(folder); }
     void setCreationDate(const FileURL& url, Date date) override
     {
         m_disk.setCreationDate(url, date);

@@ -151,6 +151,20 @@ TEST(Undo, StopsAtTheFirstFailureAndGoesOnNextTime)
     EXPECT_THAT(journalOn(disk).load().sweeps, IsEmpty());
 }
 
+TEST(Undo, KeepsTheRecordUntilTheMovesHaveReachedTheDisk)
+{
+    for (const char* folder : {"/in", "/out"}) {
+        InMemoryFileManager disk{{"/in/a", "A"}};
+        const SweepRecord record = sweep(disk, {moving("/in/a", "/out")});
+        FaultInjectingFileManager files{
+            disk, failEvery(FileCall::flushDirectory, FileURL(folder), std::errc::io_error)};
+
+        EXPECT_THROW(undo(files), std::filesystem::filesystem_error) << folder;
+        EXPECT_EQ(disk.content("/in/a"), "A");
+        EXPECT_EQ(journalOn(disk).load().sweeps, std::vector{record});
+    }
+}
+
 TEST(Undo, KeepsTheRecordWhenItCannotTellWhetherAFileIsThere)
 {
     // A disk that does not answer is no empty Trash: taking it for one would forget the file.

@@ -158,6 +158,11 @@ void FaultInjectingFileManager::createDirectory(const FileURL& folder)
     performing(FileCall::createDirectory, folder, [&] { m_files.createDirectory(folder); });
 }
 
+void FaultInjectingFileManager::flushDirectory(const FileURL& folder)
+{
+    performing(FileCall::flushDirectory, folder, [&] { m_files.flushDirectory(folder); });
+}
+
 void FaultInjectingFileManager::moveItem(const FileURL& from, const FileURL& to)
 {
     performing(FileCall::moveItem, from, [&] { m_files.moveItem(from, to); });

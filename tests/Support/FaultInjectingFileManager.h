@@ -18,6 +18,7 @@ enum class FileCall {
     requireListable,
     facts,
     createDirectory,
+    flushDirectory,
     moveItem,
     trashItem,
     setCreationDate,
@@ -78,6 +79,7 @@ public:
     void requireListable(const FileURL& folder) override;
     FileFacts facts(const FileURL& url) override;
     void createDirectory(const FileURL& folder) override;
+    void flushDirectory(const FileURL& folder) override;
     void moveItem(const FileURL& from, const FileURL& to) override;
     std::optional<FileURL> trashItem(const FileURL& url) override;
     void setCreationDate(const FileURL& url, Date date) override;

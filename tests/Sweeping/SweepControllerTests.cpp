@@ -107,6 +107,34 @@ TEST(SweepController, ForgetsWhyTheSettingsCouldNotBeReadOnceTheyAreSaved)
     EXPECT_EQ(controller.settingsError(), nullptr);
 }
 
+TEST(SweepController, KeepsSettingsThatCouldNotBeReadForAMoment)
+{
+    InMemoryFileManager disk;
+    SettingsStore(settingsURL, disk, wallClock).save(watching("/in"));
+    const std::string good = disk.content(settingsURL.path()).value();
+    FaultInjectingFileManager files{
+        disk, failEvery(FileCall::readFile, std::errc::permission_denied)};
+    SweepController controller = controllerOn(files);
+
+    files.setFaults({});
+    controller.setPaused(true);
+
+    EXPECT_EQ(SettingsStore(settingsURL, disk, wallClock).load(), Settings{.isPaused = true});
+    EXPECT_EQ(disk.contentsOfEveryFile().count(good), 1U);
+    EXPECT_EQ(controller.settingsError(), nullptr);
+}
+
+TEST(SweepController, SaysWhenItCannotTellWhetherThereIsASweepToUndo)
+{
+    InMemoryFileManager disk;
+    JournalStore(journalURL, disk).save({{recordOf(0, 1)}});
+    FaultInjectingFileManager files{disk, failEvery(FileCall::identity, std::errc::io_error)};
+    SweepController controller = controllerOn(files);
+
+    EXPECT_FALSE(controller.canUndo());
+    EXPECT_THROW(controller.hasSweepToUndo(), std::filesystem::filesystem_error);
+}
+
 TEST(SweepController, SavesPausingAndEveryUpdate)
 {
     InMemoryFileManager disk;

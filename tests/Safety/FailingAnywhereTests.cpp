@@ -1,0 +1,157 @@
+#include "SafetyFixture.h"
+
+#include <cerrno>
+#include <cstring>
+#include <functional>
+
+namespace tidemark {
+namespace {
+
+using testing::AnyOf;
+using testing::HasSubstr;
+
+using FailingAnywhere = SafetyTest;
+
+/// What such a call can come to on some file system, besides success.
+std::vector<int> errorsOf(TracedCall::Kind kind)
+{
+    using Kind = TracedCall::Kind;
+    switch (kind) {
+    case Kind::look:
+        return {EACCES, EIO, ESTALE, EINTR};
+    case Kind::open:
+        return {EACCES, EIO, EMFILE, ESTALE, EINTR};
+    case Kind::create:
+        return {ENOSPC, EACCES, EROFS, EIO, EDQUOT, EMFILE, ENAMETOOLONG, ESTALE, EINTR};
+    case Kind::read:
+        return {EIO, ESTALE, EINTR};
+    case Kind::write:
+        return {ENOSPC, EIO, EDQUOT, ESTALE, EINTR};
+    case Kind::clone:
+        return {EXDEV, ENOSPC, EIO, EINTR};
+    case Kind::truncate:
+        return {ENOSPC, EIO, EDQUOT, EINTR};
+    case Kind::attribute:
+        return {EPERM, EACCES, EROFS, ENOSPC, EDQUOT, EIO};
+    case Kind::sync:
+        return {EIO, ENOSPC, EDQUOT, ESTALE, EINTR};
+    case Kind::makeFolder:
+        return {ENOSPC, EACCES, EROFS, EIO, EDQUOT, EMLINK, ENAMETOOLONG, EINTR};
+    case Kind::link:
+    case Kind::symlink:
+        return {EMLINK, EPERM, EACCES, EXDEV, ENOSPC, EROFS, EIO, EDQUOT, EINTR};
+    case Kind::rename:
+        return {EXDEV, EACCES, EPERM, EROFS, ENOSPC, EIO, EDQUOT, EMLINK, EINVAL, ESTALE, EINTR};
+    case Kind::remove:
+    case Kind::removeFolder:
+        return {EACCES, EPERM, EROFS, EIO, EBUSY, ESTALE, EINTR};
+    case Kind::close:
+        return {EIO, ENOSPC, EDQUOT, EINTR};
+    }
+    return {};
+}
+
+/// One disturbance of one run.
+struct Fault {
+    std::size_t call = 0;
+    CallVerdict verdict;
+    std::size_t times = 1;  ///< That call and so many in all fail, one after the other.
+
+    CallVerdict of(std::size_t index) const
+    {
+        return index >= call && index < call + times ? verdict : CallVerdict{};
+    }
+
+    std::string text(const TracedCall& failing) const
+    {
+        std::string text = "call " + std::to_string(call) + ' ' + failing.text();
+        if (verdict.kind == CallVerdict::Kind::shorten)
+            return text + " is cut short";
+        return text + " fails with " + std::strerror(verdict.error)
+            + (times > 1 ? ", and so does the next" : "");
+    }
+};
+
+std::vector<Fault> faultsOf(std::size_t index, const TracedCall& call)
+{
+    std::vector<Fault> faults;
+    if (call.kind == TracedCall::Kind::write)
+        faults.push_back({index, {CallVerdict::Kind::shorten}});
+    for (const std::size_t times : {std::size_t{1}, std::size_t{2}}) {
+        for (const int error : errorsOf(call.kind))
+            faults.push_back({index, {CallVerdict::Kind::fail, error}, times});
+    }
+    return faults;
+}
+
+/// In the long form all, in the short form so many, spread over calls and errors and not the same ones for
+/// every scenario.
+std::vector<Fault> chosen(std::vector<Fault> all, const std::string& scenario)
+{
+    constexpr std::size_t inShortForm = 24;
+    if (wantsLongTests() || all.size() <= inShortForm)
+        return all;
+    std::vector<Fault> some;
+    const std::size_t start = std::hash<std::string>{}(scenario) % all.size();
+    for (std::size_t number = 0; number < inShortForm; ++number)
+        some.push_back(all[(start + number * all.size() / inShortForm) % all.size()]);
+    return some;
+}
+
+TracedOutcome runWith(const Fault& fault, const World& world)
+{
+    std::size_t seen = 0;
+    return world.run([&](const TracedCall&) { return fault.of(seen++); });
+}
+
+/// Either the work was done all the same, or one line tells which file or folder was in the way.
+void expectDoneOrTold(const TracedOutcome& outcome, const World& world)
+{
+    ASSERT_FALSE(outcome.didHang);
+    if (outcome.status == 0) {
+        EXPECT_TRUE(world.isDone()) << "says nothing of what was not done:\n" << outcome.output;
+        return;
+    }
+    EXPECT_EQ(outcome.status, 1) << outcome.error;
+    EXPECT_TRUE(outcome.error.starts_with("tidemarkctl: ")) << outcome.error;
+    EXPECT_THAT(outcome.error, AnyOf(HasSubstr(world.place()), HasSubstr("~/")));
+}
+
+TEST_P(FailingAnywhere, LeavesEveryFileAndUndoBringsAllBack)
+{
+    inWorld([](World& world) {
+        const TracedOutcome undisturbed =
+            world.run([](const TracedCall&) { return CallVerdict{}; });
+        ASSERT_EQ(undisturbed.status, 0) << undisturbed.error;
+        std::vector<TracedCall> calls = undisturbed.calls;
+        std::erase_if(calls, [&](const TracedCall& call) {
+            return world.scenario().refuses != nullptr && world.scenario().refuses(call) != 0;
+        });
+        std::vector<Fault> all;
+        for (std::size_t index = 0; index < calls.size(); ++index) {
+            for (const Fault& fault : faultsOf(index, calls[index]))
+                all.push_back(fault);
+        }
+        std::size_t withdrawn = 0;
+        const std::vector<Fault> faults = chosen(std::move(all), world.scenario().name);
+        for (const Fault& fault : faults) {
+            SCOPED_TRACE(fault.text(calls[fault.call]));
+            world.reset();
+            expectDoneOrTold(runWith(fault, world), world);
+            const bool sweepsFirst = fault.call % 2 == 0;
+            const Leftovers leftovers = world.check();
+            withdrawn += leftovers.withdrawn.size();
+            world.bringBack(leftovers, sweepsFirst);
+        }
+        std::string counts = std::to_string(faults.size()) + " faults";
+        if (withdrawn > 0)
+            counts += ", " + std::to_string(withdrawn)
+                + " faults that left a file in the Trash whose place the journal could not be told";
+        printCounts(counts);
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Safety, FailingAnywhere, testing::ValuesIn(everyScenario()), scenarioName);
+
+}  // namespace
+}  // namespace tidemark
