@@ -9,7 +9,7 @@ from urllib.parse import unquote_to_bytes
 CAPTURE = "user.kMDItemIsScreenCapture"
 NANO = 1_000_000_000
 
-_libc = ctypes.CDLL(None, use_errno=True)
+libc = ctypes.CDLL(None, use_errno=True)
 _BIRTH = 0x800  # STATX_BTIME
 _BIRTH_OFFSET = 80  # of stx_btime in struct statx, see statx(2)
 _LINK_ITSELF = 0x100  # AT_SYMLINK_NOFOLLOW
@@ -18,7 +18,7 @@ _LINK_ITSELF = 0x100  # AT_SYMLINK_NOFOLLOW
 def born(path):
     """Seconds since 1970, or None where the file system keeps no time of birth."""
     buffer = ctypes.create_string_buffer(256)
-    if _libc.statx(-100, os.fsencode(path), _LINK_ITSELF, _BIRTH, buffer) != 0:
+    if libc.statx(-100, os.fsencode(path), _LINK_ITSELF, _BIRTH, buffer) != 0:
         raise OSError(ctypes.get_errno(), "statx", path)
     if not int.from_bytes(buffer[0:4], "little") & _BIRTH:
         return None
