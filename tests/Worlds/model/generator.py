@@ -56,6 +56,11 @@ class Generator:
         self._shuffle_links(steps)
         for _ in range(self._random.randint(2, 12)):
             steps.append(self._step())
+            # Most users go on after an undo, and nothing happens in a world that stays paused.
+            if steps[-1]["do"] == "undo" and self._chance(0.7):
+                steps.append({"do": "resume"})
+            if steps[-1]["do"] == "sweep" and self._chance(0.3):
+                steps.append({"do": "undo"})
         return {"zone": zone, "locale": self._choice(LOCALES), "ownProcess": False, "steps": steps}
 
     def _choice(self, options):
@@ -209,7 +214,7 @@ class Generator:
         return match
 
     def _action(self):
-        folder = self._url(self._choice(TARGETS))
+        folder = self._url(self._choice(self._watched if self._chance(0.4) else TARGETS))
         fixed = [{"move": {"to": folder}}, {"archive": {"to": folder}}, {"trash": {}}, {"rename": {"to": self._choice(NEW_NAMES)}},
                  {"fileInto": {"folder": folder, "renamedTo": self._choice(NEW_NAMES)}}]
         return self._choice([{"fileScreenshot": {"into": folder}}, {"archiveByMonth": {"into": folder}},

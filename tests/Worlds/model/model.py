@@ -18,6 +18,7 @@ from .tree import Failure, File, Folder, Tree
 UNFINISHED = (".download", ".crdownload", ".part", ".partial", ".tmp")
 NOT_HERE = (".nextcloud", ".owncloud")
 NANO = 1_000_000_000
+EPOCH = datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)
 
 
 class Disagreement(Exception):
@@ -63,7 +64,7 @@ class Model:
             return []
         plan = self.plan(now, facts, seen)
         entries, outcomes = self.execute(self.tree, plan, now, seen)
-        if any(outcome is not None for outcome in outcomes):
+        if entries or any(outcome is not None for outcome in outcomes) and "forgets-failed-sweeps" not in self.faults:
             self.sweeps.append({"startedAt": stamp(now), "entries": entries})
         return entries
 
@@ -83,7 +84,8 @@ class Model:
                 found = self._sweepable(folder or "/")
             except Failure as failure:
                 raise CannotSweep(str(failure)) from failure
-            found.sort(key=lambda name: (names.order_key(name), seen.place(f"{folder}/{name}")))
+            order = str.lower if "sorts-numbers-as-text" in self.faults else names.order_key
+            found.sort(key=lambda name: (order(name), seen.place(f"{folder}/{name}")))
             for name in found:
                 path = f"{folder}/{name}"
                 file = self.tree.node(path)
@@ -149,8 +151,8 @@ class Model:
         return "trash", None, None
 
     def _local(self, moment):
-        return datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc).__add__(
-            datetime.timedelta(seconds=int(moment // 1))).astimezone(self.zone)
+        universal = EPOCH + datetime.timedelta(seconds=int(moment // 1))
+        return universal if "ignores-the-zone" in self.faults else universal.astimezone(self.zone)
 
     def _date(self, moment):
         local = self._local(moment)
