@@ -7,6 +7,7 @@
 #include "Folders.h"
 #include "RandomName.h"
 #include "SystemCall.h"
+#include "Text.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -14,6 +15,7 @@
 
 #include <array>
 #include <climits>
+#include <optional>
 
 namespace tidemark::FileCopyMover {
 
@@ -56,13 +58,18 @@ bool isSameMoment(const struct timespec& a, const struct timespec& b)
     return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
 }
 
+/// A rename sets the time of the last change of a file's facts, too.
+enum class ChangeTime { compared, ignored };
+
 /// Whether `url` still leads to this file and nobody has changed it.
-bool isUnchanged(const FileURL& url, const struct stat& file)
+bool isUnchanged(
+    const FileURL& url, const struct stat& file, ChangeTime changeTime = ChangeTime::compared)
 {
     struct stat now;
     return ::lstat(url.path().c_str(), &now) == 0 && now.st_dev == file.st_dev
         && now.st_ino == file.st_ino && now.st_size == file.st_size
-        && isSameMoment(now.st_mtim, file.st_mtim) && isSameMoment(now.st_ctim, file.st_ctim);
+        && isSameMoment(now.st_mtim, file.st_mtim)
+        && (changeTime == ChangeTime::ignored || isSameMoment(now.st_ctim, file.st_ctim));
 }
 
 FileDescriptor openSource(const Move& move)
@@ -104,43 +111,105 @@ FileURL madeUpName(int descriptor)
     return FileURL{path};
 }
 
-/// The copy that came into place at `to`; taken back unless the move succeeds.
+/// The copy that comes into place at `to`; taken back unless the move succeeds. The folder is held open: its
+/// copy is found there even when another program moves the folder away meanwhile.
 class PlacedCopy {
 public:
-    PlacedCopy(const Move& move, const struct stat& file)
+    explicit PlacedCopy(const Move& move)
         : m_move(move)
-        , m_file(file)
+        , m_name(move.to.lastPathComponent())
+        , m_folder(uninterrupted([&] {
+            return ::open(move.to.parent().path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+        }))
     {
+        move.require(m_folder.isOpen());
     }
 
     ~PlacedCopy()
     {
         struct stat there;
-        const char* path = m_move.to.path().c_str();
-        if (!m_isKept && ::lstat(path, &there) == 0 && there.st_dev == m_file.st_dev
-            && there.st_ino == m_file.st_ino)
-            Folders::removeName(m_move.to, m_move.ownChanges);
+        if (m_isKept || !m_file
+            || ::fstatat(m_folder.get(), name(), &there, AT_SYMLINK_NOFOLLOW) != 0
+            || there.st_dev != m_file->st_dev || there.st_ino != m_file->st_ino)
+            return;
+        const OwnChanges::Guard change = m_move.ownChanges.begin({m_move.to});
+        ::unlinkat(m_folder.get(), name(), 0);
     }
 
     PlacedCopy(const PlacedCopy&) = delete;
     PlacedCopy& operator=(const PlacedCopy&) = delete;
 
+    int folder() const { return m_folder.get(); }
+    const char* name() const { return m_name.c_str(); }
+
+    /// This file is the copy, and stands there now.
+    void setPlaced(const struct stat& file) { m_file = file; }
     void keep() { m_isKept = true; }
 
 private:
     const Move& m_move;
-    struct stat m_file;
+    std::string m_name;
+    FileDescriptor m_folder;
+    std::optional<struct stat> m_file;
     bool m_isKept = false;
 };
+
+FileURL hiddenNameBeside(const FileURL& url)
+{
+    return url.parent().appending(".tidemark-" + RandomName::digits() + ".tmp");
+}
+
+/// Whether a system call that must not replace anything did it; else errno says why not.
+bool didRename(const FileURL& from, const FileURL& to)
+{
+    return ::renameat2(AT_FDCWD, from.path().c_str(), AT_FDCWD, to.path().c_str(), RENAME_NOREPLACE)
+        == 0;
+}
+
+/// Puts a file of another program's back, under a number where its name is taken again.
+void putBack(const FileURL& aside, const FileURL& from, OwnChanges ownChanges)
+{
+    const std::string_view name = from.lastPathComponent();
+    const std::string stem{withoutPathExtension(name)};
+    FileURL place = from;
+    for (int counter = 2;; ++counter) {
+        const OwnChanges::Guard change = ownChanges.begin({aside, place});
+        if (didRename(aside, place) || errno != EEXIST)
+            return;
+        place = from.parent().appending(
+            stem + ' ' + std::to_string(counter) + std::string{name.substr(stem.size())});
+    }
+}
+
+/// Removes the source if it is still the file that was copied. What lies at a path can be another file between
+/// the look and the removal; so it is taken aside first, where nobody else puts anything.
+void removeUnchanged(const Move& move, const struct stat& source)
+{
+    if (!isUnchanged(move.from, source))
+        move.failed(EBUSY);
+    const FileURL aside = hiddenNameBeside(move.from);
+    const OwnChanges::Guard change = move.ownChanges.begin({move.from, aside});
+    if (!didRename(move.from, aside)) {
+        // Gone already is what this move wanted. A file system that cannot rename like that is trusted.
+        if (errno == EINVAL || errno == ENOSYS || errno == ENOTSUP)
+            move.require(::unlink(move.from.path().c_str()) == 0 || errno == ENOENT);
+        else
+            move.require(errno == ENOENT);
+        return;
+    }
+    const bool isSource = isUnchanged(aside, source, ChangeTime::ignored);
+    if (isSource && ::unlink(aside.path().c_str()) == 0)
+        return;
+    const int error = isSource ? errno : EBUSY;
+    putBack(aside, move.from, move.ownChanges);
+    move.failed(error);
+}
 
 /// Ends the move once the whole copy stands at `to`.
 void removeSource(const Move& move, const struct stat& source, PlacedCopy& copy)
 {
     Folders::flush(move.to.parent());
-    if (!isUnchanged(move.from, source))
-        move.failed(EBUSY);
-    // Gone already is what this move wanted.
-    move.require(Folders::removeName(move.from, move.ownChanges) == 0 || errno == ENOENT);
+    removeUnchanged(move, source);
     copy.keep();
 }
 
@@ -152,11 +221,11 @@ void fill(int copy, int source, const struct stat& status, const Move& move)
     move.require(uninterrupted([&] { return ::fsync(copy); }) == 0);
 }
 
-void giveName(int unnamed, const Move& move)
+void giveName(int unnamed, const PlacedCopy& place, const Move& move)
 {
     const OwnChanges::Guard change = move.ownChanges.begin({move.to});
-    move.require(::linkat(AT_FDCWD, pathOfDescriptor(unnamed).c_str(), AT_FDCWD,
-                     move.to.path().c_str(), AT_SYMLINK_FOLLOW)
+    move.require(::linkat(AT_FDCWD, pathOfDescriptor(unnamed).c_str(), place.folder(), place.name(),
+                     AT_SYMLINK_FOLLOW)
         == 0);
 }
 
@@ -167,8 +236,9 @@ void moveFileUnnamed(int source, const struct stat& status, const Move& move)
     const OwnChanges::Guard change = move.ownChanges.begin({madeUpName(copy.get())});
     fill(copy.get(), source, status, move);
     const struct stat copied = statusOf(copy.get(), move);
-    giveName(copy.get(), move);
-    PlacedCopy placed{move, copied};
+    PlacedCopy placed{move};
+    giveName(copy.get(), placed, move);
+    placed.setPlaced(copied);
     removeSource(move, status, placed);
 }
 
@@ -176,7 +246,7 @@ void moveFileUnnamed(int source, const struct stat& status, const Move& move)
 class NamedTemporary {
 public:
     explicit NamedTemporary(const Move& move)
-        : m_url(move.to.parent().appending(".tidemark-" + RandomName::digits() + ".tmp"))
+        : m_url(hiddenNameBeside(move.to))
         , m_change(move.ownChanges.begin({m_url}))
         , m_file(uninterrupted([this] {
             return ::open(m_url.path().c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
@@ -219,8 +289,9 @@ void moveFileNamed(int source, const struct stat& status, const Move& move)
     NamedTemporary copy{move};
     fill(copy.descriptor(), source, status, move);
     const struct stat copied = statusOf(copy.descriptor(), move);
+    PlacedCopy placed{move};
     copy.putInPlace(move);
-    PlacedCopy placed{move, copied};
+    placed.setPlaced(copied);
     removeSource(move, status, placed);
 }
 
@@ -248,16 +319,19 @@ void moveLink(const Move& move)
 {
     const struct stat source = statusOf(move.from, move);
     const std::string target = targetOf(move);
-    const char* path = move.to.path().c_str();
+    PlacedCopy placed{move};
     const OwnChanges::Guard change = move.ownChanges.begin({move.to});
-    move.require(::symlink(target.c_str(), path) == 0);
+    move.require(::symlinkat(target.c_str(), placed.folder(), placed.name()) == 0);
 
-    const struct stat made = statusOf(move.to, move);
-    PlacedCopy placed{move, made};
+    struct stat made;
+    move.require(::fstatat(placed.folder(), placed.name(), &made, AT_SYMLINK_NOFOLLOW) == 0);
+    placed.setPlaced(made);
     if (made.st_uid != source.st_uid || made.st_gid != source.st_gid)
-        move.require(::lchown(path, source.st_uid, source.st_gid) == 0);
+        move.require(::fchownat(placed.folder(), placed.name(), source.st_uid, source.st_gid,
+                         AT_SYMLINK_NOFOLLOW)
+            == 0);
     const struct timespec times[] = {source.st_atim, source.st_mtim};
-    move.require(::utimensat(AT_FDCWD, path, times, AT_SYMLINK_NOFOLLOW) == 0);
+    move.require(::utimensat(placed.folder(), placed.name(), times, AT_SYMLINK_NOFOLLOW) == 0);
     removeSource(move, source, placed);
 }
 

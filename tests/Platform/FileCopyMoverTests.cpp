@@ -10,7 +10,11 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
+#include <deque>
+#include <functional>
+#include <memory>
 
 namespace tidemark {
 
@@ -28,10 +32,10 @@ std::string nameOfRow(const testing::TestParamInfo<Row>& info)
     return info.param.name;
 }
 
-int errorOf(const FileURL& from, const FileURL& to, Temporary temporary)
+int errorOf(const FileURL& from, const FileURL& to, Temporary temporary, OwnChanges ownChanges = {})
 {
     try {
-        FileCopyMover::move(from, to, {}, temporary);
+        FileCopyMover::move(from, to, ownChanges, temporary);
     } catch (const std::filesystem::filesystem_error& error) {
         EXPECT_FALSE(error.path1().empty());
         return error.code().value();
@@ -45,6 +49,32 @@ struct stat statusOf(const FileURL& url)
     EXPECT_EQ(::lstat(url.path().c_str(), &status), 0) << url.path();
     return status;
 }
+
+/// Lets other programs act right before the first change of one entry, and before the second.
+class AtTheLastMoment final : public OwnChangeRecorder {
+public:
+    AtTheLastMoment(FileURL entry, std::function<void()> deed)
+        : m_entry(std::move(entry))
+        , m_deeds{std::move(deed)}
+    {
+    }
+
+    void then(std::function<void()> deed) { m_deeds.push_back(std::move(deed)); }
+
+    std::unique_ptr<OwnChange> begin(std::initializer_list<FileURL> entries) override
+    {
+        if (!m_deeds.empty() && std::ranges::find(entries, m_entry) != entries.end()) {
+            const std::function<void()> deed = std::move(m_deeds.front());
+            m_deeds.pop_front();
+            deed();
+        }
+        return nullptr;
+    }
+
+private:
+    FileURL m_entry;
+    std::deque<std::function<void()>> m_deeds;
+};
 
 void setDates(const FileURL& url, std::int64_t accessed, std::int64_t modified)
 {
@@ -255,6 +285,52 @@ TEST_P(MovingByCopy, TheCopyIsTakenBackWhereTheOriginalCannotBeRemoved)
         EXPECT_TRUE(folder.names("out").empty()) << from;
     }
     EXPECT_EQ(folder.read("locked/file"), "content");
+}
+
+TEST_P(MovingByCopy, AFileThatTakesTheOriginalsPlaceAtTheLastMomentIsKept)
+{
+    for (const char* late : {"", "later"}) {
+        SCOPED_TRACE(late);
+        const FileURL from = m_folder.write("from.txt", "content");
+        m_folder.makeFolder("attic");
+        AtTheLastMoment others{from, [&] {
+                                   std::filesystem::rename(
+                                       m_folder.path("from.txt"), m_folder.path("attic/from.txt"));
+                                   m_folder.write("from.txt", "of another program");
+                               }};
+        // And while that one is looked at, yet another comes.
+        if (*late)
+            others.then([&] { m_folder.write("from.txt", late); });
+
+        EXPECT_EQ(
+            errorOf(from, m_folder.url("to"), GetParam().temporary, OwnChanges{&others}), EBUSY);
+
+        EXPECT_FALSE(m_folder.holds("to"));
+        EXPECT_EQ(m_folder.read("attic/from.txt"), "content");
+        EXPECT_EQ(m_folder.read(*late ? "from 2.txt" : "from.txt"), "of another program");
+        EXPECT_EQ(m_folder.read("from.txt"), *late ? late : "of another program");
+        for (const std::string& name : m_folder.names())
+            std::filesystem::remove_all(m_folder.path(name));
+    }
+}
+
+TEST_P(MovingByCopy, TheCopyIsTakenBackFromAFolderThatWasMovedAway)
+{
+    const FileURL from = m_folder.write("from", "content");
+    m_folder.makeFolder("out");
+    AtTheLastMoment others{from, [&] {
+                               std::filesystem::rename(
+                                   m_folder.path("from"), m_folder.path("elsewhere"));
+                               std::filesystem::rename(m_folder.path("out"), m_folder.path("away"));
+                               m_folder.write("from", "of another program");
+                           }};
+
+    EXPECT_EQ(
+        errorOf(from, m_folder.url("out/to"), GetParam().temporary, OwnChanges{&others}), EBUSY);
+
+    EXPECT_TRUE(m_folder.names("away").empty());
+    EXPECT_EQ(m_folder.read("elsewhere"), "content");
+    EXPECT_EQ(m_folder.read("from"), "of another program");
 }
 
 TEST_P(MovingByCopy, MissingThingsAreErrors)
