@@ -9,7 +9,7 @@ import random
 from . import disk
 
 NO_REPLACE, EXCHANGE = 1, 2  # renameat2(2)
-MOST_FILES = 40  # in one folder: sweeps shall be many rather than long
+MOST_FILES = 15  # in one folder: sweeps shall be many rather than long
 _HERE = -100  # AT_FDCWD
 
 
@@ -112,6 +112,7 @@ class Racer:
         """As a program does that writes to the place itself."""
         path = os.path.join(self._folder(), self._random.choice(self.NAMES))
         with open(path, "xb") as file:
+            fcntl.flock(file, fcntl.LOCK_EX)  # the other racers wait until it is complete
             file.write(self._token())
 
     def _move(self):

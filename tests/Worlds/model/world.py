@@ -32,6 +32,7 @@ class World:
         shutil.rmtree(self.home, ignore_errors=True)
         self._support = f"{self.home}/.local/share/Tidemark"
         os.makedirs(self._support)
+        self._keeps_marks = disk.keeps_marks(self.home)
         self._trash = f"{self.home}/.local/share/Trash"
         self._environment = {
             "HOME": self.home, "XDG_DATA_HOME": f"{self.home}/.local/share", "XDG_CONFIG_HOME": f"{self.home}/.config",
@@ -134,9 +135,10 @@ class World:
         content = base64.b64decode(step["content"])
         modified = self._nanoseconds(step["modified"])
         opened = self._nanoseconds(step["opened"])
+        is_capture = step["isCapture"] and self._keeps_marks
         if self._makes_way(path):
-            disk.write(path, content, modified, opened, step["mode"], step["isCapture"])
-            self._model.tree.put(path, File(content, modified, step["mode"], step["isCapture"]))
+            disk.write(path, content, modified, opened, step["mode"], is_capture)
+            self._model.tree.put(path, File(content, modified, step["mode"], is_capture))
 
     def _folder(self, step):
         path = self._placed(step["path"])
