@@ -33,7 +33,7 @@ TITLES = ["Plan", "Plan: Q3", "a/b:c", "  ", "report", "'quoted'", "\"double\"",
 DATES = ["2024-05-03", "2024-05", "2024-7-01", "2024-13-99", "May 2024", "2024-05-03T10:00:00Z", "'1999-12-31'", "20240503", "٢٠٢٤-٠٥", "2024--5", "999-12-0",
          "2024-05x"]
 MOMENTS = [0, 30, 59, 60, 61, 3600, 86_400, 29 * 86_400, 30 * 86_400, 31 * 86_400, 400 * 86_400, -86_400]
-AGES = [0, 1, 59, 60, 61, 86_400, 86_400.5, 30 * 86_400, 2_592_000, -5, 1e12]
+AGES = [0, 0, 1, 1, 59, 60, 60, 61, 3600, 86_400, 86_400.5, 30 * 86_400, -5, 1e12]
 
 
 class Generator:
@@ -52,8 +52,9 @@ class Generator:
         steps += [{"do": "link", "path": f"{HOME}/link", "target": f"{HOME}/{self._choice(self._watched)}"},
                   {"do": "link", "path": f"{HOME}/dangling", "target": f"{HOME}/nowhere/at all"},
                   {"do": "write", "path": f"{HOME}/blocked", **self._new_file()}]
-        steps += [self._write() for _ in range(self._choice([1, 3, 6, 10, 16, 30]))]
+        steps += [self._write() for _ in range(self._choice([3, 6, 10, 16, 30]))]
         self._shuffle_links(steps)
+        steps.append({"do": "sweep", "now": self._choice(MOMENTS)})
         for _ in range(self._random.randint(2, 12)):
             steps.append(self._step())
             # Most users go on after an undo, and nothing happens in a world that stays paused.
@@ -77,7 +78,7 @@ class Generator:
     # Steps
 
     def _step(self):
-        kinds = {"sweep": 10, "preview": 3, "undo": 5, "pause": 1, "resume": 4, "activity": 1, "write": 5, "folder": 1, "link": 1,
+        kinds = {"sweep": 14, "preview": 3, "undo": 5, "pause": 1, "resume": 4, "activity": 1, "write": 5, "folder": 1, "link": 1,
                  "rename": 3, "delete": 2, "touch": 2, "change": 2, "empty": 1, "replace": 1, "settings": 1}
         kind = self._random.choices(list(kinds), list(kinds.values()))[0]
         made = {"write": self._write, "settings": self._settings}.get(kind)
@@ -189,7 +190,10 @@ class Generator:
     def _rules(self):
         if self._chance(0.15):
             return self._default_rules()
-        return [self._rule() for _ in range(self._choice([0, 1, 1, 2, 3, 4]))]
+        rules = [self._rule() for _ in range(self._choice([0, 1, 1, 2, 3, 4]))]
+        if self._chance(0.5):
+            rules.append(self._rule({"fileTypes": [], "ageBasis": "modified"}))
+        return rules
 
     def _rule(self, match=None, action=None):
         return {"id": str(uuid.UUID(int=self._random.getrandbits(128))).upper(), "name": self._choice(["Rule", "Regel ü", ""]),
@@ -204,9 +208,11 @@ class Generator:
                 self._rule({"fileTypes": [], "minAge": 2_592_000, "ageBasis": "added"}, {"archiveByMonth": {"into": archive}})]
 
     def _match(self):
-        match = {"fileTypes": self._choice(TYPES), "ageBasis": self._choice(["modified", "added", "lastOpened"])}
+        extensions = [each.rpartition(".")[2].lower() for each in self._extensions]
+        types = self._choice(TYPES) if self._chance(0.4) else self._choice([[], self._random.sample(extensions, 2)])
+        match = {"fileTypes": types, "ageBasis": self._choice(["modified", "added", "lastOpened"])}
         if self._chance(0.4):
-            match["namePattern"] = self._choice(PATTERNS)
+            match["namePattern"] = self._choice(PATTERNS) if self._chance(0.6) else self._choice(self._stems)[:3] + "*"
         if self._chance(0.3):
             match["minAge"] = self._choice(AGES)
         if self._chance(0.2):

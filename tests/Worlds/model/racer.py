@@ -3,6 +3,7 @@
 import ctypes
 import errno
 import fcntl
+import hashlib
 import os
 import random
 
@@ -19,6 +20,11 @@ def rename(source, target, flags=NO_REPLACE):
         raise OSError(ctypes.get_errno(), os.strerror(ctypes.get_errno()), source)
 
 
+def account_of(content):
+    """A short entry for the books: {digest: head}."""
+    return {hashlib.sha1(content).digest(): content[:40]}
+
+
 class Racer:
     """Does one random thing after another. What it takes away goes to its attic, so that nothing is ever lost by its own
     doing; only where it writes over a file in place is the old content gone, and then it says so."""
@@ -32,8 +38,8 @@ class Racer:
         self._random = random.Random(f"{seed}/{number}")
         self._count = 0
         self._open = []
-        self.created = set()
-        self.gone = set()
+        self.created = {}  # digest -> head
+        self.gone = {}
         self.deeds = 0
         deeds = {self._create: 8, self._move: 6, self._take: 3, self._replace: 3, self._swap_folder: 1, self._block: 1,
                  self._link_folder: 2, self._link_file: 2, self._hide_watched: 0.3, self._rob_trash: 2, self._litter_trash: 1}
@@ -59,9 +65,9 @@ class Racer:
 
     def _token(self):
         self._count += 1
-        size = self._random.choice([0, 0, 100, 5000, 200_000])
+        size = self._random.choice([0, 0, 0, 0, 100, 100, 100, 5000, 5000, 200_000])
         token = f"racer {self._number} content {self._count} ".encode() + b"." * size
-        self.created.add(token)
+        self.created.update(account_of(token))
         return token
 
     def _new(self, path):
@@ -132,7 +138,7 @@ class Racer:
             old = file.read()
             if not old.startswith(b"racer "):
                 return  # being written, or somebody else's
-            self.gone.add(old)
+            self.gone.update(account_of(old))
             file.seek(0)
             file.truncate()
             file.write(self._token())
