@@ -4,14 +4,13 @@ import base64
 import itertools
 import random
 import uuid
-import zoneinfo
 from urllib.parse import quote
 
 from .world import HOME
 
 ZONES = ["UTC", "Europe/Berlin", "America/New_York", "Asia/Kolkata", "Asia/Kathmandu", "Pacific/Apia", "Pacific/Kiritimati",
          "Australia/Lord_Howe", "America/St_Johns", "Africa/Casablanca", "Asia/Tokyo", "America/Sao_Paulo",
-         "Etc/GMT+12", "Pacific/Chatham", "Atlantic/Azores"]
+         "Etc/GMT+12", "Pacific/Chatham", "Atlantic/Azores", ":Asia/Tokyo", "/usr/share/zoneinfo/Europe/Berlin", "", "No/Such_Zone", "XYZ-5:30", "ABC8"]
 LOCALES = ["C", "C.UTF-8", "POSIX", "en_US.UTF-8", "de_DE.UTF-8", "tr_TR.UTF-8", "no_such_LOCALE"]
 STEMS = ["report", "Report", "REPORT", "report 2", "Bild", "Bild 9", "Bild 10", "Bild 09", "a", "A", "b", "Ärger", "ärger", "straße",
          "Screenshot", "screenshot 2024", "Screenshot from 2024-05-03 14-05-09", "überlang", "άβγ", "я и ты", "100%", "a+b", "x_y",

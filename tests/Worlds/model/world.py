@@ -38,7 +38,7 @@ class World:
             "HOME": self.home, "XDG_DATA_HOME": f"{self.home}/.local/share", "XDG_CONFIG_HOME": f"{self.home}/.config",
             "XDG_CACHE_HOME": f"{self.home}/.cache", "XDG_RUNTIME_DIR": f"{self.home}/.run", "TZ": data["zone"],
             "LC_ALL": data["locale"], "LANG": data["locale"]}
-        self._model = Model(self.home, self._trash, zoneinfo.ZoneInfo(data["zone"]))
+        self._model = Model(self.home, self._trash, zone_named(data["zone"]))
         self._model.faults = faults
         for folder in (f"{self.home}/.local", f"{self.home}/.local/share"):
             self._model.tree.make_folder(folder)
@@ -286,6 +286,21 @@ class World:
         if isinstance(value, dict):
             return {key: self._placed(each) for key, each in value.items()}
         return value
+
+
+def zone_named(name):
+    """What TZ means with this value: a zone, the file of one, or an offset (west of Greenwich is positive, POSIX). UTC
+    where it means nothing."""
+    name = name.removeprefix(":").removeprefix("/usr/share/zoneinfo/")
+    offset = re.fullmatch(r"<?[A-Z+0-9]{3,}>?([+-]?)(\d+)(?::(\d+))?", name)
+    if offset:
+        sign, hours, minutes = offset.groups()
+        west = datetime.timedelta(hours=int(hours), minutes=int(minutes or 0))
+        return datetime.timezone(west if sign == "-" else -west)
+    try:
+        return zoneinfo.ZoneInfo(name or "UTC")
+    except (zoneinfo.ZoneInfoNotFoundError, ValueError):
+        return datetime.timezone.utc
 
 
 def _plain(value, key=None):
