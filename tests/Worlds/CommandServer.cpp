@@ -11,11 +11,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <iterator>
 #include <optional>
 #include <span>
 #include <string>
