@@ -166,16 +166,18 @@ bool didRename(const FileURL& from, const FileURL& to)
         == 0;
 }
 
-/// Puts a file of another program's back, under a number where its name is taken again.
-void putBack(const FileURL& aside, const FileURL& from, OwnChanges ownChanges)
+/// Puts a file back that was taken aside, under a number where its name is taken again. Whether that went well.
+bool putBack(const FileURL& aside, const FileURL& from, OwnChanges ownChanges)
 {
     const std::string_view name = from.lastPathComponent();
     const std::string stem{withoutPathExtension(name)};
     FileURL place = from;
     for (int counter = 2;; ++counter) {
         const OwnChanges::Guard change = ownChanges.begin({aside, place});
-        if (didRename(aside, place) || errno != EEXIST)
-            return;
+        if (didRename(aside, place))
+            return true;
+        if (errno != EEXIST)
+            return false;
         place = from.parent().appending(
             stem + ' ' + std::to_string(counter) + std::string{name.substr(stem.size())});
     }
@@ -201,8 +203,10 @@ void removeUnchanged(const Move& move, const struct stat& source)
     if (isSource && ::unlink(aside.path().c_str()) == 0)
         return;
     const int error = isSource ? errno : EBUSY;
-    putBack(aside, move.from, move.ownChanges);
-    move.failed(error);
+    const bool isBack = putBack(aside, move.from, move.ownChanges);
+    // An original that can neither be removed nor put back is out of the way: the copy is the file now.
+    if (isBack || !isSource)
+        move.failed(error);
 }
 
 /// Ends the move once the whole copy stands at `to`.
