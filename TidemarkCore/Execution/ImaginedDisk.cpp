@@ -48,7 +48,18 @@ void ImaginedDisk::makeFolder(std::string_view path)
 bool ImaginedDisk::isThere(std::size_t action)
 {
     const auto [folder, name] = Destination::at(m_plan->actions[action].source.path());
-    return !hasLeft(folderAt(folder), name);
+    const Folder& known = folderAt(folder);
+    return known.taken.contains(name) || !hasLeft(known, name);
+}
+
+void ImaginedDisk::leave(std::size_t action)
+{
+    m_hasLeft[action] = true;
+    // It may be another file by now, which an earlier action has brought there.
+    const auto [folder, name] = Destination::at(m_plan->actions[action].source.path());
+    Names& taken = folderAt(folder).taken;
+    if (const auto newcomer = taken.find(name); newcomer != taken.end())
+        taken.erase(newcomer);
 }
 
 void ImaginedDisk::take(std::string_view folder, std::string_view name)

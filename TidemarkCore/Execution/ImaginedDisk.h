@@ -28,11 +28,12 @@ public:
     /// Makes a folder with every missing parent. Throws filesystem_error when something else is in the way.
     void makeFolder(std::string_view path);
 
-    /// Whether the file of action number `action` is still at its place.
+    /// Whether a file is at the place that action number `action` names: its own still, or one that an earlier action
+    /// has brought there.
     bool isThere(std::size_t action);
 
     /// That file leaves its place.
-    void leave(std::size_t action) { m_hasLeft[action] = true; }
+    void leave(std::size_t action);
 
     /// A file comes to stand at `name` in the folder with this path.
     void take(std::string_view folder, std::string_view name);
