@@ -7,7 +7,6 @@
 #include "Folders.h"
 #include "RandomName.h"
 #include "SystemCall.h"
-#include "Text.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -58,18 +57,13 @@ bool isSameMoment(const struct timespec& a, const struct timespec& b)
     return a.tv_sec == b.tv_sec && a.tv_nsec == b.tv_nsec;
 }
 
-/// A rename sets the time of the last change of a file's facts, too.
-enum class ChangeTime { compared, ignored };
-
 /// Whether `url` still leads to this file and nobody has changed it.
-bool isUnchanged(
-    const FileURL& url, const struct stat& file, ChangeTime changeTime = ChangeTime::compared)
+bool isUnchanged(const FileURL& url, const struct stat& file)
 {
     struct stat now;
     return ::lstat(url.path().c_str(), &now) == 0 && now.st_dev == file.st_dev
         && now.st_ino == file.st_ino && now.st_size == file.st_size
-        && isSameMoment(now.st_mtim, file.st_mtim)
-        && (changeTime == ChangeTime::ignored || isSameMoment(now.st_ctim, file.st_ctim));
+        && isSameMoment(now.st_mtim, file.st_mtim) && isSameMoment(now.st_ctim, file.st_ctim);
 }
 
 FileDescriptor openSource(const Move& move)
@@ -154,66 +148,14 @@ private:
     bool m_isKept = false;
 };
 
-FileURL hiddenNameBeside(const FileURL& url)
-{
-    return url.parent().appending(".tidemark-" + RandomName::digits() + ".tmp");
-}
-
-/// Whether a system call that must not replace anything did it; else errno says why not.
-bool didRename(const FileURL& from, const FileURL& to)
-{
-    return ::renameat2(AT_FDCWD, from.path().c_str(), AT_FDCWD, to.path().c_str(), RENAME_NOREPLACE)
-        == 0;
-}
-
-/// Puts a file back that was taken aside, under a number where its name is taken again. Whether that went well.
-bool putBack(const FileURL& aside, const FileURL& from, OwnChanges ownChanges)
-{
-    const std::string_view name = from.lastPathComponent();
-    const std::string stem{withoutPathExtension(name)};
-    FileURL place = from;
-    for (int counter = 2;; ++counter) {
-        const OwnChanges::Guard change = ownChanges.begin({aside, place});
-        if (didRename(aside, place))
-            return true;
-        if (errno != EEXIST)
-            return false;
-        place = from.parent().appending(
-            stem + ' ' + std::to_string(counter) + std::string{name.substr(stem.size())});
-    }
-}
-
-/// Removes the source if it is still the file that was copied. What lies at a path can be another file between
-/// the look and the removal; so it is taken aside first, where nobody else puts anything.
-void removeUnchanged(const Move& move, const struct stat& source)
-{
-    if (!isUnchanged(move.from, source))
-        move.failed(EBUSY);
-    const FileURL aside = hiddenNameBeside(move.from);
-    const OwnChanges::Guard change = move.ownChanges.begin({move.from, aside});
-    if (!didRename(move.from, aside)) {
-        // Gone already is what this move wanted. A file system that cannot rename like that is trusted.
-        if (errno == EINVAL || errno == ENOSYS || errno == ENOTSUP)
-            move.require(::unlink(move.from.path().c_str()) == 0 || errno == ENOENT);
-        else
-            move.require(errno == ENOENT);
-        return;
-    }
-    const bool isSource = isUnchanged(aside, source, ChangeTime::ignored);
-    if (isSource && ::unlink(aside.path().c_str()) == 0)
-        return;
-    const int error = isSource ? errno : EBUSY;
-    const bool isBack = putBack(aside, move.from, move.ownChanges);
-    // An original that can neither be removed nor put back is out of the way: the copy is the file now.
-    if (isBack || !isSource)
-        move.failed(error);
-}
-
 /// Ends the move once the whole copy stands at `to`.
 void removeSource(const Move& move, const struct stat& source, PlacedCopy& copy)
 {
     Folders::flush(move.to.parent());
-    removeUnchanged(move, source);
+    if (!isUnchanged(move.from, source))
+        move.failed(EBUSY);
+    // Gone already is what this move wanted.
+    move.require(Folders::removeName(move.from, move.ownChanges) == 0 || errno == ENOENT);
     copy.keep();
 }
 
@@ -250,7 +192,7 @@ void moveFileUnnamed(int source, const struct stat& status, const Move& move)
 class NamedTemporary {
 public:
     explicit NamedTemporary(const Move& move)
-        : m_url(hiddenNameBeside(move.to))
+        : m_url(move.to.parent().appending(".tidemark-" + RandomName::digits() + ".tmp"))
         , m_change(move.ownChanges.begin({m_url}))
         , m_file(uninterrupted([this] {
             return ::open(m_url.path().c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
