@@ -68,9 +68,18 @@ void ImaginedDisk::makeFolder(std::string_view path)
     folderAt(path).exists = true;
 }
 
-bool ImaginedDisk::isThere(std::size_t action) const
+bool ImaginedDisk::isThere(std::size_t action)
 {
-    return !m_hasLeft[m_files[action]];
+    return !m_hasLeft[m_files[action]]
+        || folderOf(action).taken.contains(sourceName(static_cast<std::uint32_t>(action)));
+}
+
+void ImaginedDisk::leave(std::size_t action)
+{
+    // It may be another file by now, which an earlier action has brought there.
+    if (m_hasLeft[m_files[action]])
+        folderOf(action).taken.erase(sourceName(static_cast<std::uint32_t>(action)));
+    m_hasLeft[m_files[action]] = true;
 }
 
 void ImaginedDisk::take(std::string_view folder, std::string_view name)
@@ -96,6 +105,11 @@ ImaginedDisk::Folder& ImaginedDisk::folderAt(std::string_view path)
     Folder& folder = m_folders.try_emplace(std::move(resolved), &m_memory).first->second;
     m_spellings.emplace(std::move(spelling), &folder);
     return folder;
+}
+
+ImaginedDisk::Folder& ImaginedDisk::folderOf(std::size_t action)
+{
+    return folderAt(Destination::at(m_plan->actions[action].source.path()).folder);
 }
 
 std::string_view ImaginedDisk::sourceName(std::uint32_t action) const

@@ -30,11 +30,12 @@ public:
     /// Makes the folder with this path, which outlives the disk, and every missing parent. Throws filesystem_error when something else is in the way.
     void makeFolder(std::string_view path);
 
-    /// Whether the file of action number `action` is still at its place.
-    bool isThere(std::size_t action) const;
+    /// Whether a file is at the place that action number `action` names: its own still, or one that an earlier action
+    /// has brought there.
+    bool isThere(std::size_t action);
 
     /// That file leaves its place.
-    void leave(std::size_t action) { m_hasLeft[m_files[action]] = true; }
+    void leave(std::size_t action);
 
     /// A file comes to stand at `name`, which outlives the disk, in the folder with this path.
     void take(std::string_view folder, std::string_view name);
@@ -71,6 +72,7 @@ private:
     };
 
     Folder& folderAt(std::string_view path);
+    Folder& folderOf(std::size_t action);
     void findSameFiles(const Folder& folder);
     std::string_view sourceName(std::uint32_t action) const;
     bool hasLeft(const Folder& folder, std::string_view name) const;

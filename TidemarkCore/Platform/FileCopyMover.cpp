@@ -14,6 +14,7 @@
 
 #include <array>
 #include <climits>
+#include <optional>
 
 namespace tidemark::FileCopyMover {
 
@@ -104,32 +105,46 @@ FileURL madeUpName(int descriptor)
     return FileURL{path};
 }
 
-/// The copy that came into place at `to`; taken back unless the move succeeds.
+/// The copy that comes into place at `to`; taken back unless the move succeeds. The folder is held open: its
+/// copy is found there even when another program moves the folder away meanwhile.
 class PlacedCopy {
 public:
-    PlacedCopy(const Move& move, const struct stat& file)
+    explicit PlacedCopy(const Move& move)
         : m_move(move)
-        , m_file(file)
+        , m_name(move.to.lastPathComponent())
+        , m_folder(uninterrupted([&] {
+            return ::open(move.to.parent().path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+        }))
     {
+        move.require(m_folder.isOpen());
     }
 
     ~PlacedCopy()
     {
         struct stat there;
-        const char* path = m_move.to.path().c_str();
-        if (!m_isKept && ::lstat(path, &there) == 0 && there.st_dev == m_file.st_dev
-            && there.st_ino == m_file.st_ino)
-            Folders::removeName(m_move.to, m_move.ownChanges);
+        if (m_isKept || !m_file
+            || ::fstatat(m_folder.get(), name(), &there, AT_SYMLINK_NOFOLLOW) != 0
+            || there.st_dev != m_file->st_dev || there.st_ino != m_file->st_ino)
+            return;
+        const OwnChanges::Guard change = m_move.ownChanges.begin({m_move.to});
+        ::unlinkat(m_folder.get(), name(), 0);
     }
 
     PlacedCopy(const PlacedCopy&) = delete;
     PlacedCopy& operator=(const PlacedCopy&) = delete;
 
+    int folder() const { return m_folder.get(); }
+    const char* name() const { return m_name.c_str(); }
+
+    /// This file is the copy, and stands there now.
+    void setPlaced(const struct stat& file) { m_file = file; }
     void keep() { m_isKept = true; }
 
 private:
     const Move& m_move;
-    struct stat m_file;
+    std::string m_name;
+    FileDescriptor m_folder;
+    std::optional<struct stat> m_file;
     bool m_isKept = false;
 };
 
@@ -152,11 +167,11 @@ void fill(int copy, int source, const struct stat& status, const Move& move)
     move.require(uninterrupted([&] { return ::fsync(copy); }) == 0);
 }
 
-void giveName(int unnamed, const Move& move)
+void giveName(int unnamed, const PlacedCopy& place, const Move& move)
 {
     const OwnChanges::Guard change = move.ownChanges.begin({move.to});
-    move.require(::linkat(AT_FDCWD, pathOfDescriptor(unnamed).c_str(), AT_FDCWD,
-                     move.to.path().c_str(), AT_SYMLINK_FOLLOW)
+    move.require(::linkat(AT_FDCWD, pathOfDescriptor(unnamed).c_str(), place.folder(), place.name(),
+                     AT_SYMLINK_FOLLOW)
         == 0);
 }
 
@@ -167,8 +182,9 @@ void moveFileUnnamed(int source, const struct stat& status, const Move& move)
     const OwnChanges::Guard change = move.ownChanges.begin({madeUpName(copy.get())});
     fill(copy.get(), source, status, move);
     const struct stat copied = statusOf(copy.get(), move);
-    giveName(copy.get(), move);
-    PlacedCopy placed{move, copied};
+    PlacedCopy placed{move};
+    giveName(copy.get(), placed, move);
+    placed.setPlaced(copied);
     removeSource(move, status, placed);
 }
 
@@ -219,8 +235,9 @@ void moveFileNamed(int source, const struct stat& status, const Move& move)
     NamedTemporary copy{move};
     fill(copy.descriptor(), source, status, move);
     const struct stat copied = statusOf(copy.descriptor(), move);
+    PlacedCopy placed{move};
     copy.putInPlace(move);
-    PlacedCopy placed{move, copied};
+    placed.setPlaced(copied);
     removeSource(move, status, placed);
 }
 
@@ -248,16 +265,19 @@ void moveLink(const Move& move)
 {
     const struct stat source = statusOf(move.from, move);
     const std::string target = targetOf(move);
-    const char* path = move.to.path().c_str();
+    PlacedCopy placed{move};
     const OwnChanges::Guard change = move.ownChanges.begin({move.to});
-    move.require(::symlink(target.c_str(), path) == 0);
+    move.require(::symlinkat(target.c_str(), placed.folder(), placed.name()) == 0);
 
-    const struct stat made = statusOf(move.to, move);
-    PlacedCopy placed{move, made};
+    struct stat made;
+    move.require(::fstatat(placed.folder(), placed.name(), &made, AT_SYMLINK_NOFOLLOW) == 0);
+    placed.setPlaced(made);
     if (made.st_uid != source.st_uid || made.st_gid != source.st_gid)
-        move.require(::lchown(path, source.st_uid, source.st_gid) == 0);
+        move.require(::fchownat(placed.folder(), placed.name(), source.st_uid, source.st_gid,
+                         AT_SYMLINK_NOFOLLOW)
+            == 0);
     const struct timespec times[] = {source.st_atim, source.st_mtim};
-    move.require(::utimensat(AT_FDCWD, path, times, AT_SYMLINK_NOFOLLOW) == 0);
+    move.require(::utimensat(placed.folder(), placed.name(), times, AT_SYMLINK_NOFOLLOW) == 0);
     removeSource(move, source, placed);
 }
 

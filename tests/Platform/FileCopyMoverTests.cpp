@@ -10,7 +10,11 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstring>
+#include <functional>
+#include <memory>
+#include <utility>
 
 namespace tidemark {
 
@@ -28,10 +32,10 @@ std::string nameOfRow(const testing::TestParamInfo<Row>& info)
     return info.param.name;
 }
 
-int errorOf(const FileURL& from, const FileURL& to, Temporary temporary)
+int errorOf(const FileURL& from, const FileURL& to, Temporary temporary, OwnChanges ownChanges = {})
 {
     try {
-        FileCopyMover::move(from, to, {}, temporary);
+        FileCopyMover::move(from, to, ownChanges, temporary);
     } catch (const std::filesystem::filesystem_error& error) {
         EXPECT_FALSE(error.path1().empty());
         return error.code().value();
@@ -45,6 +49,41 @@ struct stat statusOf(const FileURL& url)
     EXPECT_EQ(::lstat(url.path().c_str(), &status), 0) << url.path();
     return status;
 }
+
+/// Lets other programs act right after the first change of one entry.
+class AfterAChange final : public OwnChangeRecorder {
+public:
+    AfterAChange(FileURL entry, std::function<void()> deed)
+        : m_entry(std::move(entry))
+        , m_deed(std::move(deed))
+    {
+    }
+
+    std::unique_ptr<OwnChange> begin(std::initializer_list<FileURL> entries) override
+    {
+        if (!m_deed || std::ranges::find(entries, m_entry) == entries.end())
+            return nullptr;
+        return std::make_unique<Change>(std::exchange(m_deed, nullptr));
+    }
+
+private:
+    class Change final : public OwnChange {
+    public:
+        explicit Change(std::function<void()> deed)
+            : m_deed(std::move(deed))
+        {
+        }
+        ~Change() override { m_deed(); }
+        Change(const Change&) = delete;
+        Change& operator=(const Change&) = delete;
+
+    private:
+        std::function<void()> m_deed;
+    };
+
+    FileURL m_entry;
+    std::function<void()> m_deed;
+};
 
 void setDates(const FileURL& url, std::int64_t accessed, std::int64_t modified)
 {
@@ -255,6 +294,22 @@ TEST_P(MovingByCopy, TheCopyIsTakenBackWhereTheOriginalCannotBeRemoved)
         EXPECT_TRUE(folder.names("out").empty()) << from;
     }
     EXPECT_EQ(folder.read("locked/file"), "content");
+}
+
+TEST_P(MovingByCopy, TheCopyIsTakenBackFromAFolderThatWasMovedAway)
+{
+    const FileURL from = m_folder.write("from", "content");
+    m_folder.makeFolder("out");
+    AfterAChange others{m_folder.url("out/to"), [&] {
+                            std::filesystem::rename(
+                                m_folder.path("from"), m_folder.path("elsewhere"));
+                            std::filesystem::rename(m_folder.path("out"), m_folder.path("away"));
+                        }};
+
+    EXPECT_NE(errorOf(from, m_folder.url("out/to"), GetParam().temporary, OwnChanges{&others}), 0);
+
+    EXPECT_TRUE(m_folder.names("away").empty());
+    EXPECT_EQ(m_folder.read("elsewhere"), "content");
 }
 
 TEST_P(MovingByCopy, MissingThingsAreErrors)
