@@ -60,18 +60,20 @@ void addDesktopCases(const Place& place, Seconds rest, Suite& suite)
     suite.add(Comparison({.work = "start to tray icon", .place = place.name},
         [=] { return start(TIDEMARK_PROGRAM); },
         {{.name = "empty tray application",
-            .measure = [=] { return start(TIDEMARK_BENCH_EMPTY_TRAY_PROGRAM); },
-            .bar = startBar}}));
+             .measure = [=] { return start(TIDEMARK_BENCH_EMPTY_TRAY_PROGRAM); },
+             .bar = startBar},
+            {.name = "the same, our libraries",
+                .measure = [=] { return start(TIDEMARK_BENCH_LADEN_TRAY_PROGRAM); }}}));
 
     const Programs programs([=] {
         return std::make_unique<ProgramCopies>(
-            place, std::vector<std::string>{TIDEMARK_PROGRAM, TIDEMARK_BENCH_EMPTY_TRAY_PROGRAM});
+            place, std::vector<std::string>{TIDEMARK_PROGRAM, TIDEMARK_BENCH_LADEN_TRAY_PROGRAM});
     });
     const auto measure = [=](const std::string& program) {
         return restWithIcon(program, programs.get(), desktop.get(), environment(), rest);
     };
     const Lazy<Idleness> empty(
-        [=] { return std::make_unique<Idleness>(measure(TIDEMARK_BENCH_EMPTY_TRAY_PROGRAM)); });
+        [=] { return std::make_unique<Idleness>(measure(TIDEMARK_BENCH_LADEN_TRAY_PROGRAM)); });
     suite.add(IdleCase(
         {.work = "application, started",
             .place = place.name,
