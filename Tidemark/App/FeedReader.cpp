@@ -2,7 +2,7 @@
 
 #include "AppModel.h"
 #include "FeedUpdateFinder.h"
-#include "UpdateSettings.h"
+#include "UpdateAddresses.h"
 #include "Updater.h"
 
 #include <QCoreApplication>
@@ -42,7 +42,7 @@ int readUpdateFeed(int& argc, char** argv)
 {
     limitMemory();
     const QCoreApplication application{argc, argv};
-    FeedUpdateFinder finder{QUrl{QString::fromUtf8(UpdateSettings::feed)}};
+    FeedUpdateFinder finder{QUrl{QString::fromStdString(UpdateAddresses::feed())}};
     bool isPrinted = true;
     const auto search =
         finder.find(AppModel::version(), [&](const std::optional<UpdateInfo>& update) {

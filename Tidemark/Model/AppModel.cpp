@@ -7,7 +7,6 @@
 #include "NewFolder.h"
 #include "StatusText.h"
 #include "Text.h"
-#include "Version.h"
 
 #include <malloc.h>
 
@@ -93,11 +92,6 @@ std::unique_ptr<LiveModel> AppModel::live(const LiveOptions& options)
 std::string AppModel::statusText() const
 {
     return tidemark::statusText(m_settings);
-}
-
-std::string AppModel::version()
-{
-    return projectVersion;
 }
 
 std::vector<Rule> AppModel::defaultRules()
