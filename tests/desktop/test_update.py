@@ -182,7 +182,7 @@ class Update(DesktopCase):
         self.server.may_answer.clear()
         self.click("Install")
         until(lambda: ARCHIVE in self.server.requests, "the download has begun")
-        names = [f"Screenshot {number}.png" for number in range(4000)]
+        names = [f"Screenshot {number}.png" for number in range(400)]
         for name in names:
             self.tidemark.write(f"Desktop/{name}", name)
         until(lambda: self.tidemark.files("Desktop/Screenshots"), "the sweep has begun")
