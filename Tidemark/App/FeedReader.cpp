@@ -2,7 +2,7 @@
 
 #include "AppModel.h"
 #include "FeedUpdateFinder.h"
-#include "UpdateSettings.h"
+#include "UpdateAddresses.h"
 #include "Updater.h"
 
 #include <QCoreApplication>
@@ -12,12 +12,13 @@
 
 #include <cstdio>
 
-#if defined(__has_feature)
+// GCC says so by a name of its own, also where a header has given it a __has_feature that knows of nothing.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define TIDEMARK_IS_SANITIZED
+#elif defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
 #define TIDEMARK_IS_SANITIZED
 #endif
-#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define TIDEMARK_IS_SANITIZED
 #endif
 
 namespace tidemark {
@@ -42,7 +43,7 @@ int readUpdateFeed(int& argc, char** argv)
 {
     limitMemory();
     const QCoreApplication application{argc, argv};
-    FeedUpdateFinder finder{QUrl{QString::fromUtf8(UpdateSettings::feed)}};
+    FeedUpdateFinder finder{QUrl{QString::fromStdString(UpdateAddresses::feed())}};
     bool isPrinted = true;
     const auto search =
         finder.find(AppModel::version(), [&](const std::optional<UpdateInfo>& update) {

@@ -1,6 +1,6 @@
 #include "LiveUpdates.h"
 
-#include "UpdateSettings.h"
+#include "UpdateAddresses.h"
 
 namespace tidemark {
 
@@ -19,7 +19,7 @@ UpdateServices LiveUpdates::services(std::function<void()> quit)
         .installer = m_installer,
         .defaults = m_defaults,
         .countdown = m_countdown,
-        .downloadPage = UpdateSettings::downloadPage,
+        .downloadPage = UpdateAddresses::downloadPage(),
         .quit = std::move(quit)};
 }
 

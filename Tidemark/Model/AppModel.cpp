@@ -7,7 +7,6 @@
 #include "NewFolder.h"
 #include "StatusText.h"
 #include "Text.h"
-#include "Version.h"
 
 #include <malloc.h>
 
@@ -93,11 +92,6 @@ std::unique_ptr<LiveModel> AppModel::live(const LiveOptions& options)
 std::string AppModel::statusText() const
 {
     return tidemark::statusText(m_settings);
-}
-
-std::string AppModel::version()
-{
-    return projectVersion;
 }
 
 std::vector<Rule> AppModel::defaultRules()
@@ -592,8 +586,11 @@ void AppModel::startUpdates()
 {
     if (!m_services.updates)
         return;
+    UpdateServices services = *m_services.updates;
+    // Nobody asked for an end: a sweep is not cut short, since nothing would take up the rest of it afterwards.
+    services.quit = [this, quit = services.quit] { whenIdle(quit); };
     m_updates = std::make_unique<UpdateFlow>(
-        *m_services.updates, version(), [this] { return m_settings.hasOnboarded; }, m_services.log);
+        services, version(), [this] { return m_settings.hasOnboarded; }, m_services.log);
     const auto forward = [this](void (UpdateFlow::*from)(), void (AppModel::*to)()) {
         QObject::connect(m_updates.get(), from, this, to);
     };

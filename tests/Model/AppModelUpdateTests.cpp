@@ -14,6 +14,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Optional;
 using testing::StartsWith;
+using testing::UnorderedElementsAre;
 
 namespace {
 
@@ -306,9 +307,26 @@ TEST_F(AppModelUpdates, AfterAnInstallTheApplicationEnds)
     startInstalling();
     EXPECT_EQ(m_updates.quits, 0);
     m_updates.installer.succeed();
+    finishWork();
     EXPECT_EQ(m_updates.quits, 1);
     EXPECT_TRUE(model().isUpdating());
     EXPECT_FALSE(alerts().up);
+}
+
+TEST_F(AppModelUpdates, AfterAnInstallTheRunningSweepEndsBeforeTheApplication)
+{
+    startInstalling();
+    addFile("in/one.pdf");
+    addFile("in/two.pdf");
+    m_files.gate.close();
+    model().sweepNow();
+    m_files.gate.waitUntilSomebodyWaits();
+    m_updates.installer.succeed();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(m_updates.quits, 0);
+    m_files.gate.open();
+    EXPECT_TRUE(runUntil([&] { return m_updates.quits == 1; }));
+    EXPECT_THAT(filed(), UnorderedElementsAre("one.pdf", "two.pdf"));
 }
 
 TEST_F(AppModelUpdates, AReadOnlyLocationAsksForAMove)

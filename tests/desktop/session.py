@@ -136,6 +136,17 @@ class Session:
         self._watchdog.wait()
         shutil.rmtree(self.folder, ignore_errors=True)
 
+    def processes(self, program):
+        """The ids of all processes of the session that run that file."""
+        found = []
+        for pid in _members(self.mark):
+            try:
+                if os.readlink(f"/proc/{pid}/exe") == program:
+                    found.append(pid)
+            except OSError:
+                pass  # it has ended
+        return found
+
     def start_bus(self):
         """The session bus, also for the libraries that this very process uses."""
         address = f"unix:path={self.path('run/bus')}"

@@ -53,3 +53,30 @@ def settings(branding, seconds=0):
         "About",
         branding,
     ]
+
+
+def new_version(version, running):
+    return [
+        "A new version of Tidemark is available",
+        f"Tidemark {version} is ready to install \u2014 you have {running}. "
+        "The app will update itself and relaunch.",
+        "Install", "Later",
+    ]
+
+
+def up_to_date(running):
+    return ["You're up to date", f"Tidemark {running} is the latest version.", "OK"]
+
+
+UPDATE_FAILED = [
+    "Update failed",
+    "Couldn't install the update. Please try again later, or download it from tidemark.example/download.",
+    "OK",
+]
+
+READ_ONLY_LOCATION = [
+    "Move Tidemark to Applications",
+    "Tidemark is running from a read-only location (like a disk image or the Downloads folder). "
+    "Drag it to your Applications folder, reopen it, then check for updates again.",
+    "OK",
+]

@@ -28,6 +28,8 @@ class Tidemark:
     def __init__(self, desktop, name):
         self.desktop = desktop
         self.name = name
+        self.program = PROGRAM
+        self.launcher = []  # the command, if any, that becomes the program
         self.home = desktop.path(f"homes/{name}")
         self.support = os.path.join(self.home, ".local/share/Tidemark")
         self.environment = _SANITIZERS | {
@@ -83,7 +85,7 @@ class Tidemark:
     def start(self, *arguments, environment=None):
         """Starts the program, and does not wait for anything."""
         process = self.desktop.start(
-            self.name, [PROGRAM, *arguments], self.environment | (environment or {}))
+            self.name, [*self.launcher, self.program, *arguments], self.environment | (environment or {}))
         self.processes.append(process)
         return process
 
@@ -97,7 +99,7 @@ class Tidemark:
 
     def run(self, *arguments, environment=None):
         """Starts the program once more, which hands over to the one that runs."""
-        return self._run_to_end([PROGRAM, *arguments], environment)
+        return self._run_to_end([self.program, *arguments], environment)
 
     def control(self, *arguments):
         """What tidemarkctl answers."""
