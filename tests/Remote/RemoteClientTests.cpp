@@ -76,9 +76,6 @@ TEST(RemoteClient, IsNotThereWhenNobodyServes)
     EXPECT_FALSE(RemoteClient::connect(folder.url("no folder")));
     EXPECT_FALSE(RemoteClient::connect(folder.url("no socket")));
 
-    folder.write("no real socket/socket", "");
-    EXPECT_FALSE(RemoteClient::connect(folder.url("no real socket")));
-
     {
         folder.makeFolder("stale");
         const RawServer server{folder.url("stale")};
@@ -86,6 +83,14 @@ TEST(RemoteClient, IsNotThereWhenNobodyServes)
     }
     EXPECT_TRUE(folder.holds("stale/socket"));
     EXPECT_FALSE(RemoteClient::connect(folder.url("stale")));
+}
+
+TEST(RemoteClient, WhatIsNoSocketIsAnErrorSinceNobodyCanEverServeThere)
+{
+    const TemporaryFolder folder;
+    folder.write("support/socket", "");
+    const auto connect = [&] { RemoteClient::connect(folder.url("support")); };
+    EXPECT_EQ(failureOf(connect, folder.path("support/socket")), std::errc::not_a_socket);
 }
 
 TEST(RemoteClient, AFolderThatCannotBeOneIsAnError)
