@@ -255,6 +255,9 @@ class Update(DesktopCase):
         self.check_changed_bundle(change)
 
     def test_an_additional_link_is_refused(self):
+        self.check_changed_bundle(lambda bundle: os.symlink("../bin", os.path.join(bundle, "share/more")))
+
+    def test_a_link_that_leads_out_is_refused(self):
         self.check_changed_bundle(lambda bundle: os.symlink("../../../..", os.path.join(bundle, "share/out")))
 
     def test_a_torn_manifest_is_refused(self):
