@@ -12,15 +12,6 @@
 
 #include <cstdio>
 
-// GCC says so by a name of its own, also where a header has given it a __has_feature that knows of nothing.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define TIDEMARK_IS_SANITIZED
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define TIDEMARK_IS_SANITIZED
-#endif
-#endif
-
 namespace tidemark {
 
 namespace {
