@@ -1,6 +1,7 @@
 #include "CommandLineFixture.h"
 
 #include "JSONCoders.h"
+#include "ProgramUnderTest.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -18,7 +19,7 @@ CommandLineFixture::CommandLineFixture()
 ProgramStart CommandLineFixture::start(std::vector<std::string> arguments) const
 {
     return {
-        .path = TIDEMARKCTL,
+        .path = programUnderTest(TIDEMARKCTL),
         .arguments = std::move(arguments),
         .environment = {{"HOME", m_home.path()}, {"XDG_DATA_HOME", m_home.path("data")},
             {"XDG_CONFIG_HOME", m_home.path("config")}, {"XDG_CACHE_HOME", m_home.path("cache")},

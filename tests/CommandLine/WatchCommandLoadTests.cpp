@@ -1,4 +1,5 @@
 #include "OtherProcess.h"
+#include "ProgramUnderTest.h"
 #include "WatchFixture.h"
 
 #include <algorithm>
@@ -121,7 +122,7 @@ protected:
     {
         if (!fs::exists(strace))
             return false;
-        ProgramStart how = start({"-o", "/dev/null", TIDEMARKCTL, "--version"});
+        ProgramStart how = start({"-o", "/dev/null", programUnderTest(TIDEMARKCTL), "--version"});
         how.path = strace;
         how.environment["ASAN_OPTIONS"] = "detect_leaks=0";
         return ProgramProcess{how}.wait() == 0;

@@ -2,6 +2,7 @@
 
 #include "JSONCoders.h"
 #include "LocalWorkspace.h"
+#include "ProgramUnderTest.h"
 #include "SweepReport.h"
 #include "UndoReport.h"
 
@@ -127,7 +128,8 @@ TracedOutcome World::run(const std::function<CallVerdict(const TracedCall&)>& ju
         environment[name] = std::getenv(name);
     // The leak checker is a tracer itself, and there can be only one.
     environment["ASAN_OPTIONS"] = "detect_leaks=0";
-    const TracedProcess program{{TIDEMARKCTL, m_scenario.command}, environment, {m_place}};
+    const TracedProcess program{
+        {programUnderTest(TIDEMARKCTL), m_scenario.command}, environment, {m_place}};
     return program.run([&](const TracedCall& call) -> CallVerdict {
         if (const int error = m_scenario.refuses != nullptr ? m_scenario.refuses(call) : 0)
             return {CallVerdict::Kind::fail, error};
