@@ -4,7 +4,7 @@ The tray is a window of its own in the panel, and so is the open menu. What stan
 places are found by the sizes of these windows.
 """
 
-from polling import until
+from polling import NotInTime, PATIENCE, until
 
 _TRAY = "wrapper-2.0"  # the program that XFCE runs a panel's plugins in
 
@@ -32,10 +32,24 @@ class Panel:
         return found[0] if found else None
 
     def wait_for_menu(self):
-        return until(self._menu_window, "the panel's menu is open")
+        """Of a right click. A panel that is still placing its icons lets a click pass; that one is made again."""
+        try:
+            return until(self._menu_window, "the panel's menu is open", 10)
+        except NotInTime:
+            self.click_icon(3)
+            return until(self._menu_window, "the panel's menu is open")
 
-    def wait_until_closed(self):
-        until(lambda: self._menu_window() is None, "the panel's menu is closed")
+    def wait_until_closed(self, seconds=PATIENCE):
+        until(lambda: self._menu_window() is None, "the panel's menu is closed", seconds)
+
+    def press_until_closed(self, *keys):
+        """Presses keys of which the last closes the menu. Those that come before it has the keyboard reach nobody."""
+        self._desktop.press(*keys)
+        try:
+            self.wait_until_closed(10)
+        except NotInTime:
+            self._desktop.press(*keys)
+            self.wait_until_closed()
 
     def click(self, texts, text):
         """Clicks an item of the open menu, which has these texts, "-" for a separator."""

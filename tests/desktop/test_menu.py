@@ -134,7 +134,7 @@ class Menu(DesktopCase):
         self.panel.click_icon(3)
         self.panel.wait_for_menu()
 
-        self.desktop.press("Down", "Down", "Return")
+        self.panel.press_until_closed("Down", "Down", "Return")
 
         self.tidemark.wait_for_setting("isPaused", True)
 
