@@ -52,14 +52,28 @@ class Panel:
             self.wait_until_closed()
 
     def click(self, texts, text):
-        """Clicks an item of the open menu, which has these texts, "-" for a separator."""
-        x, y, width, height = self.wait_for_menu()
+        """Clicks an item of the open menu, which has these texts, "-" for a separator.
+
+        A menu that has only just come may let a click pass; it stays open then, and the click is made again.
+        """
+        self.wait_for_menu()
+        self._click_item(texts, text)
+        try:
+            self.wait_until_closed(10)
+        except NotInTime:
+            self._click_item(texts, text)
+            self.wait_until_closed()
+
+    def _click_item(self, texts, text):
+        place = self._menu_window()
+        if place is None:
+            return
+        x, y, width, height = place
         # Separators are thin lines; everything else is of one height.
         heights = [0.05 if each == "-" else 1 for each in texts]
         row = texts.index(text)
         middle = (sum(heights[:row]) + heights[row] / 2) / sum(heights)
         self._desktop.click(x + width // 3, y + round(height * middle))
-        self.wait_until_closed()
 
     def choose(self, item, text):
         """Right click on the icon, left click on the item of that text."""
