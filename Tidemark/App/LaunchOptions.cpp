@@ -56,8 +56,6 @@ LaunchOptions LaunchOptions::parse(std::span<const char* const> arguments)
             options.mode = Mode::help;
         else if (argument == "--version" || argument == "-v")
             options.mode = Mode::version;
-        else if (argument == "--read-update-feed")
-            options.mode = Mode::readUpdateFeed;
         else if (argument == "--autostart")
             options.isAutostart = true;
         else if (argument == "--service")

@@ -15,12 +15,7 @@ std::optional<AppAction> actionNamed(const std::string& name);
 
 /// How the application is started. A plain value.
 struct LaunchOptions {
-    enum class Mode {
-        run,
-        help,
-        version,
-        readUpdateFeed,  ///< What the application has itself do in another process; not for people.
-    };
+    enum class Mode { run, help, version };
 
     Mode mode = Mode::run;
     std::optional<AppAction> action = {};

@@ -1,13 +1,31 @@
 #include "LiveUpdates.h"
 
+#include "AppModel.h"
 #include "UpdateAddresses.h"
+
+#include <QCoreApplication>
 
 namespace tidemark {
 
-LiveUpdates::LiveUpdates(UpdateInstaller& installer)
-    : m_installer(installer)
-    // This very program, also when its file has been replaced meanwhile.
-    , m_finder(QStringLiteral("/proc/self/exe"), {QStringLiteral("--read-update-feed")}, {})
+namespace {
+
+/// Belongs to the very program that runs, wherever that was moved or installed to.
+QString updater()
+{
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/" TIDEMARK_UPDATER);
+}
+
+QStringList installArguments()
+{
+    return {QStringLiteral("install"), QString::number(QCoreApplication::applicationPid()),
+        QCoreApplication::applicationFilePath(), QString::fromStdString(AppModel::version())};
+}
+
+}  // namespace
+
+LiveUpdates::LiveUpdates()
+    : m_finder(updater(), {QStringLiteral("check")}, {})
+    , m_installer(updater(), installArguments())
     , m_defaults(UserDefaults::file())
 {
 }

@@ -2,6 +2,7 @@
 
 #include "BootTimeCountdown.h"
 #include "ProcessUpdateFinder.h"
+#include "ProcessUpdateInstaller.h"
 #include "UpdateAlertPanel.h"
 #include "UpdateServices.h"
 #include "UserDefaults.h"
@@ -14,15 +15,15 @@ namespace tidemark {
 /// built. For the main thread, which has a QApplication.
 class LiveUpdates {
 public:
-    /// `installer` outlives it. Throws system_error if the kernel has no timer left.
-    explicit LiveUpdates(UpdateInstaller& installer);
+    /// Throws system_error if the kernel has no timer left.
+    LiveUpdates();
 
     /// For a model that ends before this does; `quit` ends the application as its user would.
     UpdateServices services(std::function<void()> quit);
 
 private:
-    UpdateInstaller& m_installer;
     ProcessUpdateFinder m_finder;
+    ProcessUpdateInstaller m_installer;
     UpdateAlertPanel m_alerts;
     UserDefaults m_defaults;
     BootTimeCountdown m_countdown;

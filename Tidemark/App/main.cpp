@@ -4,15 +4,12 @@
 #include "ApplicationService.h"
 #include "EndSignals.h"
 #include "FailureText.h"
-#include "FeedReader.h"
 #include "FolderPanel.h"
 #include "HandOver.h"
-#include "InstallLocation.h"
 #include "LaunchOptions.h"
 #include "LinuxFileManager.h"
 #include "LiveModel.h"
 #include "LiveUpdates.h"
-#include "SelfUpdater.h"
 #include "StartWait.h"
 #include "Symbols.h"
 #include "Syslog.h"
@@ -20,7 +17,6 @@
 
 #include <QApplication>
 #include <QMessageBox>
-#include <QNetworkAccessManager>
 
 #include <unistd.h>
 
@@ -139,22 +135,12 @@ void endReplaced(const LaunchOptions& options)
         "another Tidemark has taken over, since the lock of this one was removed", options));
 }
 
-SelfUpdater::Options installerOptions()
-{
-    return {
-        .bundle = InstallLocation::runningBundle(),
-        .runningVersion = AppModel::version(),
-    };
-}
-
 /// Of all that start, the one that gets the support folder stays.
 int runOrHandOver(const HandOver& handOver, const EndSignals& signals, std::function<void()>& quit)
 {
     FolderPanel folderPanel;
     Syslog syslog;
-    SelfUpdater installer{
-        installerOptions(), [] { return std::make_unique<QNetworkAccessManager>(); }};
-    LiveUpdates updates{installer};
+    LiveUpdates updates;
     try {
         std::optional<StartWait> wait{std::in_place, signals, handOver.options.isAwaited()};
         LiveModel live{{.folderChooser = folderPanel,
@@ -209,8 +195,6 @@ int main(int argc, char* argv[])
         return print(LaunchOptions::helpText());
     if (options.mode == LaunchOptions::Mode::version)
         return print("tidemark " + AppModel::version() + '\n');
-    if (options.mode == LaunchOptions::Mode::readUpdateFeed)
-        return readUpdateFeed(argc, argv);
     if (options.isAutostart && isUnknownToUser())
         return exitDone;
     if (!hasDisplay())

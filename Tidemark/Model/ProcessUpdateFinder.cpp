@@ -106,7 +106,7 @@ std::unique_ptr<UpdateFinder::Search> ProcessUpdateFinder::find(
     const std::string& currentVersion, Found found)
 {
     auto search = std::make_unique<ProcessSearch>(currentVersion, std::move(found), m_limits);
-    search->start(m_program, m_arguments);
+    search->start(m_program, m_arguments + QStringList{QString::fromStdString(currentVersion)});
     return search;
 }
 

@@ -8,8 +8,8 @@
 
 namespace tidemark {
 
-/// Has another process look for a newer version, so that neither the network's libraries (eight megabytes at rest)
-/// nor what a server sends come into this one.
+/// Has another process, the updater, look for a newer version, so that neither the libraries for it nor what a server
+/// sends come into this one.
 ///
 /// The process prints the text of a feed that announces the version, or nothing. A process that fails, prints too
 /// much or takes too long is ended and has found nothing; so is one whose search is destroyed, at once.
@@ -20,6 +20,7 @@ public:
         qint64 output = qint64{4} << 20U;  ///< Bytes.
     };
 
+    /// The process gets the current version after `arguments`.
     ProcessUpdateFinder(QString program, QStringList arguments, const Limits& limits);
 
     std::unique_ptr<Search> find(const std::string& currentVersion, Found found) override;

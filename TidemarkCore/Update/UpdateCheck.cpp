@@ -1,39 +1,16 @@
 #include "UpdateCheck.h"
 
+#include "SafeRequest.h"
 #include "Updater.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QNetworkRequest>
 
 #include <utility>
 
 namespace tidemark {
 
 namespace {
-
-/// More than any sensible server needs; a loop has to end.
-constexpr int mostRedirects = 16;
-
-QNetworkRequest requestFor(const QUrl& manifest)
-{
-    QNetworkRequest request{manifest};
-    request.setHeader(QNetworkRequest::UserAgentHeader, QStringLiteral("Tidemark"));
-    const auto set = [&](QNetworkRequest::Attribute attribute, const QVariant& value) {
-        request.setAttribute(attribute, value);
-    };
-    set(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
-    set(QNetworkRequest::CacheSaveControlAttribute, false);
-    // Nothing is to be known of who asks, or kept from it.
-    set(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    set(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    set(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    // From https to https only.
-    set(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-    request.setMaximumRedirectsAllowed(mostRedirects);
-    set(QNetworkRequest::Http2AllowedAttribute, false);
-    return request;
-}
 
 /// Whether the answer arrived whole. Qt counts an answer that tells of an error as an error, too; here every
 /// status is as good as any.
@@ -51,6 +28,13 @@ bool hasWholeAnswer(const QNetworkReply& reply)
 }
 
 }  // namespace
+
+std::unique_ptr<UpdateCheck> Updater::check(const QUrl& manifest, std::string currentVersion,
+    QNetworkAccessManager& session, UpdateCheck::Done done, const UpdateCheck::Limits& limits)
+{
+    return std::make_unique<UpdateCheck>(
+        manifest, std::move(currentVersion), session, std::move(done), limits);
+}
 
 UpdateCheck::UpdateCheck(const QUrl& manifest, std::string currentVersion,
     QNetworkAccessManager& session, Done done, const Limits& limits)
@@ -87,7 +71,7 @@ void UpdateCheck::abandonReply()
 
 void UpdateCheck::request(const QUrl& manifest, QNetworkAccessManager& session)
 {
-    m_reply.reset(session.get(requestFor(manifest)));
+    m_reply.reset(session.get(safeRequest(manifest)));
     // What arrives beyond waits in the kernel until it has been seen that it is too much.
     m_reply->setReadBufferSize(m_limits.body + 1);
     const auto follow = [this](auto signal, auto slot) {

@@ -106,11 +106,4 @@ std::string Updater::announcementOf(const UpdateInfo& update)
     return encoder.takeText();
 }
 
-std::unique_ptr<UpdateCheck> Updater::check(const QUrl& manifest, std::string currentVersion,
-    QNetworkAccessManager& session, UpdateCheck::Done done, const UpdateCheck::Limits& limits)
-{
-    return std::make_unique<UpdateCheck>(
-        manifest, std::move(currentVersion), session, std::move(done), limits);
-}
-
 }  // namespace tidemark

@@ -19,7 +19,6 @@ TEST(LaunchOptions, AreUnderstood)
         {{"-h"}, {.mode = Mode::help}},
         {{"--version"}, {.mode = Mode::version}},
         {{"-v"}, {.mode = Mode::version}},
-        {{"--read-update-feed"}, {.mode = Mode::readUpdateFeed}},
         {{"--autostart"}, {.isAutostart = true}},
         {{"--service"}, {.isService = true}},
         {{"--sweep"}, {.action = AppAction::sweep}},

@@ -22,7 +22,7 @@ protected:
     {
         m_calls = 0;
         ProcessUpdateFinder finder{QStringLiteral("/bin/sh"),
-            {QStringLiteral("-c"), QString::fromStdString(script)}, m_limits};
+            {QStringLiteral("-c"), QString::fromStdString(script), QStringLiteral("sh")}, m_limits};
         return finder.find("1.2", [this](std::optional<UpdateInfo> update) {
             ++m_calls;
             m_found = update ? update->version : "none";
@@ -49,6 +49,12 @@ TEST_F(ProcessUpdateFinderTest, ReadsWhatTheProcessPrints)
 {
     EXPECT_EQ(
         find(R"(printf '%s' '{"version": "1.3", "url": "https://example.org/u.zip"}')"), "1.3");
+}
+
+TEST_F(ProcessUpdateFinderTest, TellsTheProcessWhichVersionRuns)
+{
+    EXPECT_EQ(
+        find(R"(printf '{"version": "%s.9", "url": "https://example.org/u.zip"}' "$1")"), "1.2.9");
 }
 
 TEST_F(ProcessUpdateFinderTest, WhatIsNoNewerVersionIsNone)

@@ -5,11 +5,10 @@
 #include "SelfUpdater.h"
 #include "SleepingProcess.h"
 #include "TestBundle.h"
+#include "TrustingSession.h"
 #include "ZipFile.h"
 
 #include <QFileSystemWatcher>
-#include <QNetworkAccessManager>
-#include <QNetworkProxy>
 #include <QTcpServer>
 #include <QTcpSocket>
 
@@ -36,29 +35,6 @@ namespace {
 namespace fs = std::filesystem;
 
 const QString path = QStringLiteral("/update.zip");
-
-/// A session that trusts one authority.
-class TrustingSession final : public QNetworkAccessManager {
-public:
-    explicit TrustingSession(QSslConfiguration configuration)
-        : m_configuration(std::move(configuration))
-    {
-        // A proxy of the machine's leads away from here.
-        setProxy(QNetworkProxy::NoProxy);
-    }
-
-protected:
-    QNetworkReply* createRequest(
-        Operation operation, const QNetworkRequest& request, QIODevice* data) override
-    {
-        QNetworkRequest trusting{request};
-        trusting.setSslConfiguration(m_configuration);
-        return QNetworkAccessManager::createRequest(operation, trusting, data);
-    }
-
-private:
-    QSslConfiguration m_configuration;
-};
 
 /// What came of an installation.
 struct Outcome {
@@ -575,6 +551,8 @@ TEST_F(SelfUpdaterTest, InstallsWhatAMakerMakesByTheToolsOfARelease)
         "echo '1.3 ' >\"$bundle.started.new\"\n"
         "mv \"$bundle.started.new\" \"$bundle.started\"\n");
     ASSERT_EQ(::chmod(release.path("tree/bin/tidemark").c_str(), 0700), 0);
+    release.write("tree/libexec/tidemark/tidemark-updater", "#!/bin/sh\n");
+    ASSERT_EQ(::chmod(release.path("tree/libexec/tidemark/tidemark-updater").c_str(), 0700), 0);
     release.write("tree/share/doc/tidemark/copyright", "ours");
     release.write("tree/share/dbus-1/services/x.service", "Exec=/usr/bin/tidemark");
     release.makeFolder("tree/share/empty");
@@ -596,7 +574,7 @@ TEST_F(SelfUpdaterTest, InstallsWhatAMakerMakesByTheToolsOfARelease)
     const QFileSystemWatcher watcher{{QString::fromStdString(m_root.path("Applications"))}};
     EXPECT_TRUE(runUntil([&] { return m_root.holds("Applications/Tidemark.app.started"); }));
     EXPECT_THAT(m_root.names("Applications/Tidemark.app"),
-        ElementsAre("Info.json", "Signature", "bin", "share"));
+        ElementsAre("Info.json", "Signature", "bin", "libexec", "share"));
     EXPECT_THAT(m_root.names("Applications/Tidemark.app/share"), ElementsAre("doc"));
     fs::remove(m_root.path("Applications/Tidemark.app.started"));
     m_before = m_installed.snapshot();

@@ -16,6 +16,8 @@ _KEYS = os.environ["UPDATE_KEYS"]
 _STAGE = os.environ["UPDATE_STAGE"]
 _PROGRAMS = {VERSION_A: os.environ["UPDATE_PROGRAM_A"], VERSION_B: os.environ["UPDATE_PROGRAM_B"]}
 
+_UPDATER_PLACE = "libexec/tidemark/tidemark-updater"
+
 KEY = os.path.join(_KEYS, "minisign.key")
 MANIFEST = "Signature/manifest.json"
 
@@ -34,9 +36,9 @@ def public_key():
 def make_tree(folder, version):
     """What "cmake --install" puts into a folder, of that version."""
     shutil.copytree(_STAGE, folder, symlinks=True)
-    program = os.path.join(folder, "bin/tidemark")
-    # Its debugging information is hundreds of megabytes, which every test would have to copy.
-    _run("strip", "--strip-debug", "-o", program, _PROGRAMS[version])
+    # Their debugging information is hundreds of megabytes, which every test would have to copy.
+    _run("strip", "--strip-debug", "-o", os.path.join(folder, "bin/tidemark"), _PROGRAMS[version])
+    _run("strip", "--strip-debug", "-o", os.path.join(folder, _UPDATER_PLACE), os.environ["UPDATE_UPDATER"])
     _run("strip", "--strip-debug", os.path.join(folder, "bin/tidemarkctl"))
 
 

@@ -1,11 +1,11 @@
 #include "ArchiveDownload.h"
 
+#include "SafeRequest.h"
 #include "SystemCall.h"
 #include "UpdateError.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QNetworkRequest>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,7 +16,6 @@ namespace tidemark {
 
 namespace {
 
-constexpr int mostRedirects = 16;  // more than any sensible server needs; a loop has to end
 constexpr int statusOK = 200;
 constexpr qint64 mostBytesInMemory = 1 << 20;
 constexpr mode_t forTheUserAlone = 0600;
@@ -26,25 +25,11 @@ constexpr mode_t forTheUserAlone = 0600;
     throw UpdateError{UpdateError::Case::download, reason};
 }
 
-QNetworkRequest requestFor(const QUrl& url)
+QNetworkRequest archiveRequest(const QUrl& url)
 {
-    QNetworkRequest request{url};
-    request.setHeader(QNetworkRequest::UserAgentHeader, QStringLiteral("Tidemark"));
+    QNetworkRequest request = safeRequest(url);
     // An archive is compressed already, and what is counted and announced are its own bytes then.
     request.setRawHeader("Accept-Encoding", "identity");
-    const auto set = [&](QNetworkRequest::Attribute attribute, const QVariant& value) {
-        request.setAttribute(attribute, value);
-    };
-    set(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
-    set(QNetworkRequest::CacheSaveControlAttribute, false);
-    // Nothing is to be known of who asks, or kept from it.
-    set(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
-    set(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
-    set(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
-    // From https to https only.
-    set(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
-    request.setMaximumRedirectsAllowed(mostRedirects);
-    set(QNetworkRequest::Http2AllowedAttribute, false);
     return request;
 }
 
@@ -120,7 +105,7 @@ void ArchiveDownload::guarded(Work work)
 
 void ArchiveDownload::request(const QUrl& url, QNetworkAccessManager& session)
 {
-    m_reply.reset(session.get(requestFor(url)));
+    m_reply.reset(session.get(archiveRequest(url)));
     // A disk that is slower than the network slows the network down.
     m_reply->setReadBufferSize(mostBytesInMemory);
     const auto follow = [this](auto signal, auto slot) {

@@ -69,13 +69,6 @@ std::optional<FileURL> bundleOf(const FileURL& executable)
     return FileURL::directory(bundle.path());
 }
 
-std::optional<FileURL> runningBundle()
-{
-    std::error_code error;
-    const std::filesystem::path executable = std::filesystem::read_symlink("/proc/self/exe", error);
-    return error ? std::nullopt : bundleOf(FileURL{executable.string()});
-}
-
 void requireReplaceable(const std::optional<FileURL>& bundle)
 {
     if (!bundle)

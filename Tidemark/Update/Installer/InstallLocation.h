@@ -14,9 +14,6 @@ namespace InstallLocation {
 /// program anywhere else, such as in a build folder or where a package puts it. `executable` has no links in it.
 std::optional<FileURL> bundleOf(const FileURL& executable);
 
-/// The same for this process.
-std::optional<FileURL> runningBundle();
-
 /// Throws UpdateError of the kind `readOnlyLocation` unless the bundle can be replaced by this user: not on a
 /// read-only file system, the folder above writable, and nobody else's to manage: packages have /usr (but for
 /// /usr/local), /nix/store, /gnu/store, /snap and /app, and a path with "/AppTranslocation/" in it is a copy that

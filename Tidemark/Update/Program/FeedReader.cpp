@@ -1,18 +1,17 @@
 #include "FeedReader.h"
 
-#include "AppModel.h"
-#include "FeedUpdateFinder.h"
 #include "UpdateAddresses.h"
 #include "Updater.h"
 
 #include <QCoreApplication>
+#include <QNetworkAccessManager>
 
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
 
-namespace tidemark {
+namespace tidemark::FeedReader {
 
 namespace {
 
@@ -28,20 +27,22 @@ void limitMemory()
 #endif
 }
 
+bool print(const UpdateInfo& update)
+{
+    const std::string text = Updater::announcementOf(update);
+    return std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+}
+
 }  // namespace
 
-int readUpdateFeed(int& argc, char** argv)
+void run(const std::string& runningVersion)
 {
     limitMemory();
-    const QCoreApplication application{argc, argv};
-    FeedUpdateFinder finder{QUrl{QString::fromStdString(UpdateAddresses::feed())}};
     bool isPrinted = true;
-    const auto search =
-        finder.find(AppModel::version(), [&](const std::optional<UpdateInfo>& update) {
-            if (update) {
-                const std::string text = Updater::announcementOf(*update);
-                isPrinted = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-            }
+    QNetworkAccessManager session;
+    const auto check = Updater::check(QUrl{QString::fromStdString(UpdateAddresses::feed())},
+        runningVersion, session, [&isPrinted](const std::optional<UpdateInfo>& update) {
+            isPrinted = !update || print(*update);
             QCoreApplication::quit();
         });
     QCoreApplication::exec();
@@ -50,4 +51,4 @@ int readUpdateFeed(int& argc, char** argv)
     ::_exit(isPrinted ? 0 : 1);
 }
 
-}  // namespace tidemark
+}  // namespace tidemark::FeedReader

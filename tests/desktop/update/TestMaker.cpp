@@ -1,6 +1,5 @@
-// What a maker sets when building, for the programs of the update's desktop test. They are the application itself in
-// every other respect: what is defined here is not taken from its libraries.
-#include "AppModel.h"
+// What a maker sets when building the updater, for the update's desktop test. The program is the updater itself in every
+// other respect: what is defined here is not taken from its libraries.
 #include "DeveloperIdentity.h"
 #include "TestKey.h"
 #include "UpdateAddresses.h"
@@ -8,11 +7,6 @@
 #include <cstdlib>
 
 namespace tidemark {
-
-std::string AppModel::version()
-{
-    return TIDEMARK_TEST_VERSION;
-}
 
 DeveloperIdentity DeveloperIdentity::configured()
 {
@@ -28,7 +22,7 @@ std::string UpdateAddresses::feed()
 
 std::string UpdateAddresses::downloadPage()
 {
-    return "tidemark.example/download";
+    return {};  // shown by the application only
 }
 
 }  // namespace tidemark
