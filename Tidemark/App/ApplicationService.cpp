@@ -1,8 +1,25 @@
 #include "ApplicationService.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
 
 namespace tidemark {
+
+namespace {
+
+/// What QDBusConnection::registerService() does, without waiting for the answer: the icon comes first.
+void requestName(QDBusConnection& bus)
+{
+    QDBusMessage request = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+        QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"),
+        QStringLiteral("RequestName"));
+    constexpr unsigned doNotQueue = 4;  // as the D-Bus Specification numbers it
+    request << ApplicationService::name() << doNotQueue;
+    bus.asyncCall(request);
+}
+
+}  // namespace
 
 ApplicationService::ApplicationService(Commands commands)
     : m_commands(std::move(commands))
@@ -11,7 +28,7 @@ ApplicationService::ApplicationService(Commands commands)
     if (!bus.isConnected())
         return;
     bus.registerObject(path(), this, QDBusConnection::ExportAllSlots);
-    bus.registerService(name());
+    requestName(bus);
 }
 
 ApplicationService::~ApplicationService()

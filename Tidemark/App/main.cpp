@@ -16,21 +16,27 @@
 #include "TidemarkApp.h"
 
 #include <QApplication>
+#include <QDBusConnection>
 #include <QMessageBox>
 
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 
 namespace tidemark {
 
 namespace {
 
 enum ExitStatus { exitDone = 0, exitFailed = 1, exitWrongUsage = 2 };
+
+/// The icon is there by then, and a session that has just begun is not held up.
+constexpr std::chrono::milliseconds restAfterLaunch{500};
 
 int fail(const std::string& reason, ExitStatus status)
 {
@@ -146,6 +152,7 @@ int runOrHandOver(const HandOver& handOver, const EndSignals& signals, std::func
         LiveModel live{{.folderChooser = folderPanel,
             .log = syslog,
             .updates = updates.services([&quit] { quit(); }),
+            .launchRest = restAfterLaunch,
             .whileWaiting = [&wait] { wait->goOn(); },
             .whenReplaced = [&handOver] { endReplaced(handOver.options); }}};
         wait.reset();
@@ -165,6 +172,8 @@ int run(int& argc, char** argv, const LaunchOptions& options)
         .options = options, .activationToken = qgetenv("XDG_ACTIVATION_TOKEN").toStdString()};
     const sigset_t before = holdEndSignals();
     const QApplication application{argc, argv};
+    // That takes about as long as to load what there is.
+    const std::jthread connecting{[] { QDBusConnection::sessionBus(); }};
     describe();
 
     std::function<void()> quit = [] { ::_exit(exitFailed); };

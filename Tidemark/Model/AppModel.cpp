@@ -8,6 +8,8 @@
 #include "StatusText.h"
 #include "Text.h"
 
+#include <QTimer>
+
 #include <malloc.h>
 
 #include <algorithm>
@@ -70,9 +72,11 @@ AppModel::AppModel(Workspace& workspace, const Services& services, const Options
     m_services.alarm.onRing([this] { alarmRang(); });
     refresh();
     startWatching();
-    if (m_options.looksAtLaunch)
-        planNextSweep(Seconds{0});
-    startUpdates();
+    makeUpdates();
+    if (m_options.launchRest.count() == 0)
+        look();
+    else
+        QTimer::singleShot(m_options.launchRest, this, [this] { look(); });
 }
 
 AppModel::~AppModel()
@@ -82,6 +86,16 @@ AppModel::~AppModel()
     m_services.alarm.onRing({});
     m_watcher.reset();
     m_isStopping = true;
+}
+
+/// At launch: what is due, and whether there is a newer version.
+void AppModel::look()
+{
+    // Changed settings have a plan of their own, and rest for longer.
+    if (m_options.looksAtLaunch && m_lastPlan == Id{})
+        planNextSweep(Seconds{0});
+    post([this] { checkForUpdate(); });
+    post([this] { scheduleUpdateChecks(); });
 }
 
 std::unique_ptr<LiveModel> AppModel::live(const LiveOptions& options)
@@ -582,7 +596,7 @@ void AppModel::finishUndo(const UndoOutcome& outcome, Id id)
 
 // Updates
 
-void AppModel::startUpdates()
+void AppModel::makeUpdates()
 {
     if (!m_services.updates)
         return;
@@ -598,9 +612,6 @@ void AppModel::startUpdates()
     forward(&UpdateFlow::isUpdatingChanged, &AppModel::isUpdatingChanged);
     forward(&UpdateFlow::isCheckingForUpdateChanged, &AppModel::isCheckingForUpdateChanged);
     forward(&UpdateFlow::progressChanged, &AppModel::updateProgressChanged);
-    // Whoever made the model gets to show it first.
-    post([this] { checkForUpdate(); });
-    post([this] { scheduleUpdateChecks(); });
 }
 
 std::optional<UpdateInfo> AppModel::availableUpdate() const

@@ -18,6 +18,7 @@
 #include <QObject>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -59,7 +60,9 @@ public:
 
     struct Options {
         Initiative initiative = Initiative::onceOnboarded;
-        bool looksAtLaunch = true;  ///< Also right when it is made.
+        bool looksAtLaunch = true;  ///< Also when it is made.
+        /// How long that look, and the one for a newer version, rest then; whoever starts the model shows it first.
+        std::chrono::milliseconds launchRest{0};
         std::optional<WatchBackend> watchBackend = {};  ///< In place of the best one.
     };
 
@@ -225,7 +228,8 @@ private:
     void setAlarm();
     void alarmRang();
 
-    void startUpdates();
+    void look();
+    void makeUpdates();
 
     Workspace& m_workspace;
     const Services m_services;

@@ -84,7 +84,7 @@ TEST_F(ProcessUpdateInstallerTest, EndsAsTheProcessReports)
 TEST_F(ProcessUpdateInstallerTest, AProcessThatEndsWithoutAReportHasFailed)
 {
     for (const char* script : {"true", "echo progress 1", "exit 1", "kill -9 $$", "printf waits",
-             "head -c 100000 /dev/zero; sleep 600"})
+             "head -c 100000 /dev/zero; exec sleep 600"})
         EXPECT_EQ(end(script), "failed other the updater ended before it was done\n") << script;
 }
 
