@@ -35,6 +35,12 @@ if(TIDEMARK_SANITIZE)
     target_compile_options(tidemark_compiler INTERFACE
         -fsanitize=${TIDEMARK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(tidemark_compiler INTERFACE -fsanitize=${TIDEMARK_SANITIZE})
+    # What is tested is watched by every sanitizer. The tests themselves do without the one for undefined behaviour, which
+    # doubles the time to compile them.
+    if(TIDEMARK_SANITIZE MATCHES undefined)
+        target_compile_options(tidemark_compiler INTERFACE
+            $<$<BOOL:$<TARGET_PROPERTY:TIDEMARK_IS_TEST>>:-fno-sanitize=undefined>)
+    endif()
 endif()
 if(TIDEMARK_FUZZERS)
     # Counts the ways through the code under test, without a main() of its own.
