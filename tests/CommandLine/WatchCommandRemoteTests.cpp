@@ -274,8 +274,8 @@ TEST_F(WatchCommandRemote, AClientIsAnsweredBeforeItEnds)
     EXPECT_EQ(process.end(), 0);
 
     EXPECT_EQ(client.wait(), 1);
-    EXPECT_EQ(home().read("answer-errors"),
-        "tidemarkctl: the sweep was stopped before it was done\n");
+    EXPECT_EQ(
+        home().read("answer-errors"), "tidemarkctl: the sweep was stopped before it was done\n");
     const qsizetype told = parsed(home().read("answer")).object()["entries"].toArray().size();
     EXPECT_EQ(static_cast<std::size_t>(told), home().names("Filed").size());
     EXPECT_LT(told, 300) << "the sweep was over before it could be ended";
