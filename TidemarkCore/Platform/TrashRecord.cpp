@@ -54,16 +54,22 @@ FileURL recordOf(const FileURL& infoFolder, std::string_view name)
     return infoFolder.appending(std::string{name} + std::string{recordExtension});
 }
 
+bool isInsideCharacter(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
 /// At most `size` bytes of `text`, without a part of a character at the end.
 std::string_view shortened(std::string_view text, std::size_t size)
 {
     if (text.size() <= size)
         return text;
+    constexpr std::size_t longestRest = 3;  // of a character behind its first byte
     std::size_t end = size;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+    while (end > 0 && size - end < longestRest && isInsideCharacter(text[end]))
         --end;
     // No text at all, then, but bytes.
-    return text.substr(0, end > 0 ? end : size);
+    return text.substr(0, isInsideCharacter(text[end]) ? size : end);
 }
 
 }  // namespace

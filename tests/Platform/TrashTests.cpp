@@ -231,9 +231,9 @@ TEST(TrashRecord, TellsTheClockOfAnyMomentAndZone)
 
 TEST(TrashRecord, NamesFitWithTheirRecordIntoAFileName)
 {
-    for (const std::string& name :
-        {std::string(255, 'x'), std::string(255, '\x80'), std::string("a.") + std::string(253, 'x'),
-            '.' + std::string(254, 'x'), std::string(250, 'x') + ".jpg"}) {
+    for (const std::string& name : {std::string(255, 'x'), std::string(255, '\x80'),
+             std::string("a.") + std::string(253, 'x'), '.' + std::string(254, 'x'),
+             std::string(250, 'x') + ".jpg", ".$" + std::string(253, '\x80')}) {
         for (const int number : {1, 2, 10'000}) {
             const std::string given = TrashRecord::nameInTrash(name, number);
             EXPECT_LE(given.size(), 245U);
