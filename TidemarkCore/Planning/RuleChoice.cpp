@@ -29,7 +29,7 @@ RuleChoice RuleChoice::of(const FileInfo& file, const std::vector<Rule>& rules, 
 bool RuleChoice::asksForFlag(std::string_view name, const std::vector<Rule>& rules)
 {
     return std::ranges::any_of(rules,
-        [&](const Rule& rule) { return rule.isEnabled && Matcher::asksForFlag(rule.match, name); });
+        [&](const Rule& each) { return each.isEnabled && Matcher::asksForFlag(each.match, name); });
 }
 
 }  // namespace tidemark

@@ -28,19 +28,11 @@ constexpr std::size_t longestName = 255 - recordExtension.size();
 std::string deletionDate(Date date)
 {
     const LocalTime time = TimeZone::current().localTime(date);
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(date).time_since_epoch();
     std::array<char, 64> text;
-    std::snprintf(text.data(), text.size(), "%04lld-%02u-%02uT%02u:%02u:%02d",
+    std::snprintf(text.data(), text.size(), "%04lld-%02u-%02uT%02u:%02u:%02u",
         static_cast<long long>(time.year), time.month, time.day, time.hour, time.minute,
-        static_cast<int>(seconds.count() % 60));
+        time.second);
     return text.data();
-}
-
-std::string recordContent(std::string_view path)
-{
-    const auto bytes = QByteArray::fromRawData(path.data(), static_cast<qsizetype>(path.size()));
-    return "[Trash Info]\nPath=" + bytes.toPercentEncoding("/").toStdString()
-        + "\nDeletionDate=" + deletionDate(SystemClock{}.now()) + '\n';
 }
 
 void writeAll(const FileDescriptor& file, std::string_view content, const FileURL& url)
@@ -62,16 +54,22 @@ FileURL recordOf(const FileURL& infoFolder, std::string_view name)
     return infoFolder.appending(std::string{name} + std::string{recordExtension});
 }
 
+bool isInsideCharacter(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
 /// At most `size` bytes of `text`, without a part of a character at the end.
 std::string_view shortened(std::string_view text, std::size_t size)
 {
     if (text.size() <= size)
         return text;
+    constexpr std::size_t longestRest = 3;  // of a character behind its first byte
     std::size_t end = size;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+    while (end > 0 && size - end < longestRest && isInsideCharacter(text[end]))
         --end;
     // No text at all, then, but bytes.
-    return text.substr(0, end > 0 ? end : size);
+    return text.substr(0, isInsideCharacter(text[end]) ? size : end);
 }
 
 }  // namespace
@@ -92,8 +90,15 @@ std::optional<TrashRecord> TrashRecord::create(
         fail("cannot make the Trash record", url, errno);
 
     TrashRecord record{url, ownChanges};
-    writeAll(file, recordContent(path), url);
+    writeAll(file, text(path, SystemClock{}.now()), url);
     return record;
+}
+
+std::string TrashRecord::text(std::string_view path, Date deleted)
+{
+    const auto bytes = QByteArray::fromRawData(path.data(), static_cast<qsizetype>(path.size()));
+    return "[Trash Info]\nPath=" + bytes.toPercentEncoding("/").toStdString()
+        + "\nDeletionDate=" + deletionDate(deleted) + '\n';
 }
 
 void TrashRecord::remove(const FileURL& infoFolder, std::string_view name, OwnChanges ownChanges)

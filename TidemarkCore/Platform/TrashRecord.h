@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Date.h"
 #include "FileURL.h"
 #include "OwnChanges.h"
 
@@ -20,6 +21,9 @@ public:
     /// file came from, absolute or relative to the top of its file system.
     static std::optional<TrashRecord> create(const FileURL& infoFolder, std::string_view name,
         std::string_view path, OwnChanges ownChanges);
+
+    /// What a record says; the date in the current time zone.
+    static std::string text(std::string_view path, Date deleted);
 
     /// Removes the record of `name`; one that cannot be removed stays.
     static void remove(const FileURL& infoFolder, std::string_view name, OwnChanges ownChanges);

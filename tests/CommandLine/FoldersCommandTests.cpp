@@ -167,6 +167,21 @@ TEST_F(FoldersCommand, RemoveTakesWhatIsGoneOrWasStoredInAnotherForm)
     EXPECT_THAT(watchedPaths(), ElementsAre(home().path("a")));
 }
 
+TEST_F(FoldersCommand, RemoveTouchesNoFile)
+{
+    writeSettings(watching({"a", "b"}, {filingPapers()}));
+    home().write("a/one.pdf", "one");
+    home().write("b/two.pdf", "two");
+
+    EXPECT_EQ(run({"folders", "remove", "a"}).status, 0);
+    EXPECT_EQ(home().read("a/one.pdf"), "one");
+    EXPECT_EQ(home().read("b/two.pdf"), "two");
+
+    EXPECT_EQ(run({"sweep"}).status, 0);
+    EXPECT_THAT(home().names("a"), ElementsAre("one.pdf"));
+    EXPECT_THAT(home().names("b"), testing::IsEmpty());
+}
+
 TEST_F(FoldersCommand, RemoveOfWhatIsNotWatchedFailsAndSavesNothing)
 {
     writeSettings(watching({"a"}, {}));

@@ -210,11 +210,30 @@ TEST_F(TrashTest, LongNamesAreShortenedBetweenCharacters)
     }
 }
 
+TEST(TrashRecord, TellsTheClockOfAnyMomentAndZone)
+{
+    struct Row {
+        const char* zone;
+        double moment;
+        const char* date;
+    };
+    for (const Row& row : {
+             Row{"UTC", 1'700'000'000.75, "2023-11-14T22:13:20"},
+             Row{"UTC", -1, "1969-12-31T23:59:59"},
+             // Its clocks were not whole minutes away from UTC.
+             Row{"Africa/Monrovia", 0, "1969-12-31T23:15:30"},
+         }) {
+        const ScopedEnvironment zone{"TZ", row.zone};
+        EXPECT_EQ(line(TrashRecord::text("a", Date{Seconds{row.moment}}), 2),
+            std::string{"DeletionDate="} + row.date);
+    }
+}
+
 TEST(TrashRecord, NamesFitWithTheirRecordIntoAFileName)
 {
-    for (const std::string& name :
-        {std::string(255, 'x'), std::string(255, '\x80'), std::string("a.") + std::string(253, 'x'),
-            '.' + std::string(254, 'x'), std::string(250, 'x') + ".jpg"}) {
+    for (const std::string& name : {std::string(255, 'x'), std::string(255, '\x80'),
+             std::string("a.") + std::string(253, 'x'), '.' + std::string(254, 'x'),
+             std::string(250, 'x') + ".jpg", ".$" + std::string(253, '\x80')}) {
         for (const int number : {1, 2, 10'000}) {
             const std::string given = TrashRecord::nameInTrash(name, number);
             EXPECT_LE(given.size(), 245U);

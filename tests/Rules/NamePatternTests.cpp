@@ -20,6 +20,9 @@ TEST(NamePattern, MatchesLikeAShellWithoutRegardToCase)
              Row{"a?c", "aBc", true},
              Row{"a?c", "ac", false},
              Row{"a?c", "aüc", true},
+             Row{"???", "üa", false},
+             Row{"[!a][!a]", "ü", false},
+             Row{"a*ü??", "aüü", false},
              Row{"[a-c]x", "Bx", true},
              Row{"[!a-c]x", "bx", false},
              Row{"[äö]x", "Äx", true},
@@ -31,6 +34,9 @@ TEST(NamePattern, MatchesLikeAShellWithoutRegardToCase)
              Row{"", "a", false},
              Row{"a", "a\n", false},
              Row{"[", "[", true},
+             Row{"[a", "[a", true},
+             Row{"a\\", "a", false},
+             Row{"a\\", "a/", false},
          }) {
         EXPECT_EQ(NamePattern::matches(row.pattern, row.name), row.matches)
             << row.pattern << " and " << row.name;
