@@ -1,6 +1,7 @@
 #pragma once
 
 #include "BootTimeCountdown.h"
+#include "FileDescriptor.h"
 #include "ProcessUpdateFinder.h"
 #include "ProcessUpdateInstaller.h"
 #include "UpdateAlertPanel.h"
@@ -15,13 +16,14 @@ namespace tidemark {
 /// built. For the main thread, which has a QApplication.
 class LiveUpdates {
 public:
-    /// Throws system_error if the kernel has no timer left.
-    LiveUpdates();
+    /// `log` outlives it. Throws system_error if the kernel has no timer left.
+    explicit LiveUpdates(SystemLog& log);
 
     /// For a model that ends before this does; `quit` ends the application as its user would.
     UpdateServices services(std::function<void()> quit);
 
 private:
+    const FileDescriptor m_folder;  ///< Of the updater.
     ProcessUpdateFinder m_finder;
     ProcessUpdateInstaller m_installer;
     UpdateAlertPanel m_alerts;

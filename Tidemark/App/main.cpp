@@ -21,7 +21,6 @@
 
 #include <unistd.h>
 
-#include <chrono>
 #include <cstdio>
 #include <functional>
 #include <memory>
@@ -34,9 +33,6 @@ namespace tidemark {
 namespace {
 
 enum ExitStatus { exitDone = 0, exitFailed = 1, exitWrongUsage = 2 };
-
-/// The icon is there by then, and a session that has just begun is not held up.
-constexpr std::chrono::milliseconds restAfterLaunch{500};
 
 int fail(const std::string& reason, ExitStatus status)
 {
@@ -146,13 +142,12 @@ int runOrHandOver(const HandOver& handOver, const EndSignals& signals, std::func
 {
     FolderPanel folderPanel;
     Syslog syslog;
-    LiveUpdates updates;
+    LiveUpdates updates{syslog};
     try {
         std::optional<StartWait> wait{std::in_place, signals, handOver.options.isAwaited()};
         LiveModel live{{.folderChooser = folderPanel,
             .log = syslog,
             .updates = updates.services([&quit] { quit(); }),
-            .launchRest = restAfterLaunch,
             .whileWaiting = [&wait] { wait->goOn(); },
             .whenReplaced = [&handOver] { endReplaced(handOver.options); }}};
         wait.reset();

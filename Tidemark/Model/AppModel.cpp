@@ -8,8 +8,6 @@
 #include "StatusText.h"
 #include "Text.h"
 
-#include <QTimer>
-
 #include <malloc.h>
 
 #include <algorithm>
@@ -72,11 +70,9 @@ AppModel::AppModel(Workspace& workspace, const Services& services, const Options
     m_services.alarm.onRing([this] { alarmRang(); });
     refresh();
     startWatching();
-    makeUpdates();
-    if (m_options.launchRest.count() == 0)
-        look();
-    else
-        QTimer::singleShot(m_options.launchRest, this, [this] { look(); });
+    if (m_options.looksAtLaunch)
+        planNextSweep(Seconds{0});
+    startUpdates();
 }
 
 AppModel::~AppModel()
@@ -86,16 +82,6 @@ AppModel::~AppModel()
     m_services.alarm.onRing({});
     m_watcher.reset();
     m_isStopping = true;
-}
-
-/// At launch: what is due, and whether there is a newer version.
-void AppModel::look()
-{
-    // Changed settings have a plan of their own, and rest for longer.
-    if (m_options.looksAtLaunch && m_lastPlan == Id{})
-        planNextSweep(Seconds{0});
-    post([this] { checkForUpdate(); });
-    post([this] { scheduleUpdateChecks(); });
 }
 
 std::unique_ptr<LiveModel> AppModel::live(const LiveOptions& options)
@@ -596,7 +582,7 @@ void AppModel::finishUndo(const UndoOutcome& outcome, Id id)
 
 // Updates
 
-void AppModel::makeUpdates()
+void AppModel::startUpdates()
 {
     if (!m_services.updates)
         return;
@@ -612,6 +598,9 @@ void AppModel::makeUpdates()
     forward(&UpdateFlow::isUpdatingChanged, &AppModel::isUpdatingChanged);
     forward(&UpdateFlow::isCheckingForUpdateChanged, &AppModel::isCheckingForUpdateChanged);
     forward(&UpdateFlow::progressChanged, &AppModel::updateProgressChanged);
+    // Whoever made the model gets to show it first.
+    post([this] { checkForUpdate(); });
+    post([this] { scheduleUpdateChecks(); });
 }
 
 std::optional<UpdateInfo> AppModel::availableUpdate() const

@@ -18,7 +18,6 @@
 #include <QObject>
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -60,9 +59,7 @@ public:
 
     struct Options {
         Initiative initiative = Initiative::onceOnboarded;
-        bool looksAtLaunch = true;  ///< Also when it is made.
-        /// How long that look, and the one for a newer version, rest then; whoever starts the model shows it first.
-        std::chrono::milliseconds launchRest{0};
+        bool looksAtLaunch = true;  ///< Also right when it is made.
         std::optional<WatchBackend> watchBackend = {};  ///< In place of the best one.
     };
 
@@ -228,8 +225,7 @@ private:
     void setAlarm();
     void alarmRang();
 
-    void look();
-    void makeUpdates();
+    void startUpdates();
 
     Workspace& m_workspace;
     const Services m_services;

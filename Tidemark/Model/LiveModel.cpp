@@ -76,7 +76,6 @@ LiveModel::LiveModel(const LiveOptions& options)
             .updates = options.updates},
         AppModel::Options{.initiative = options.initiative,
             .looksAtLaunch = !m_isFirstStart,
-            .launchRest = options.launchRest,
             .watchBackend = options.watchBackend});
     serve();
     m_folderWatch.follow();

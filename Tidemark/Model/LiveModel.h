@@ -26,7 +26,6 @@ struct LiveOptions {
         false;  ///< Else unreadable settings are replaced by the defaults.
     std::optional<WatchBackend> watchBackend = {};
     std::optional<UpdateServices> updates = {};  ///< Nothing: no network and no prompts.
-    std::chrono::milliseconds launchRest{0};  ///< See AppModel::Options.
 
     /// Called again and again while another command is waited for; what it throws ends the waiting.
     std::function<void()> whileWaiting = {};

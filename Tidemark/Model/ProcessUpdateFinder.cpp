@@ -5,9 +5,6 @@
 #include <QProcess>
 #include <QTimer>
 
-#include <signal.h>
-#include <sys/prctl.h>
-
 #include <utility>
 
 namespace tidemark {
@@ -17,10 +14,11 @@ namespace {
 class ProcessSearch final : public QObject, public UpdateFinder::Search {
 public:
     ProcessSearch(std::string currentVersion, UpdateFinder::Found found,
-        const ProcessUpdateFinder::Limits& limits)
+        const ProcessUpdateFinder::Limits& limits, SystemLog& log)
         : m_currentVersion(std::move(currentVersion))
         , m_found(std::move(found))
         , m_limits(limits)
+        , m_log(log)
     {
         QObject::connect(
             &m_process, &QProcess::readyReadStandardOutput, this, [this] { takeOutput(); });
@@ -28,10 +26,11 @@ public:
         QObject::connect(
             &m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
                 if (error == QProcess::FailedToStart)
-                    finish({});
+                    giveUp("it cannot be started: " + m_process.errorString().toStdString());
             });
         m_patience.setSingleShot(true);
-        QObject::connect(&m_patience, &QTimer::timeout, this, [this] { finish({}); });
+        QObject::connect(
+            &m_patience, &QTimer::timeout, this, [this] { giveUp("it takes too long"); });
     }
 
     ~ProcessSearch() override
@@ -43,29 +42,46 @@ public:
 
     void start(const QString& program, const QStringList& arguments)
     {
+        m_process.setProgram(program);
+        m_process.setArguments(arguments);
         m_process.setStandardInputFile(QProcess::nullDevice());
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        // Whatever ends this process, nobody waits for the other any more.
-        m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGKILL); });
-        m_patience.start(m_limits.whole);
-        m_process.start(program, arguments, QIODevice::ReadOnly);
+        if (m_limits.restAtFirst.count() == 0)
+            start();
+        else
+            QTimer::singleShot(m_limits.restAtFirst, this, [this] { start(); });
     }
 
 private:
+    void start()
+    {
+        m_patience.start(m_limits.whole);
+        m_process.start(QIODevice::ReadOnly);
+    }
+
     void takeOutput()
     {
         m_output += m_process.readAllStandardOutput();
         if (m_output.size() > m_limits.output)
-            finish({});
+            giveUp("it tells too much");
     }
 
     void processHasEnded()
     {
         takeOutput();
-        const bool didWell =
-            m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
-        finish(
-            didWell ? Updater::updateIn(m_output.toStdString(), m_currentVersion) : std::nullopt);
+        if (m_process.exitStatus() != QProcess::NormalExit)
+            giveUp("it was ended");
+        else if (m_process.exitCode() != 0)
+            giveUp("it ended with status " + std::to_string(m_process.exitCode()));
+        else
+            finish(Updater::updateIn(m_output.toStdString(), m_currentVersion));
+    }
+
+    void giveUp(const std::string& reason)
+    {
+        if (!m_isFinished)
+            m_log.warn("the updater found out nothing: " + reason);
+        finish({});
     }
 
     void finish(std::optional<UpdateInfo> update)
@@ -86,6 +102,7 @@ private:
     const std::string m_currentVersion;
     UpdateFinder::Found m_found;
     const ProcessUpdateFinder::Limits m_limits;
+    SystemLog& m_log;
     QProcess m_process;
     QTimer m_patience;
     QByteArray m_output;
@@ -95,17 +112,20 @@ private:
 }  // namespace
 
 ProcessUpdateFinder::ProcessUpdateFinder(
-    QString program, QStringList arguments, const Limits& limits)
+    QString program, QStringList arguments, const Limits& limits, SystemLog& log)
     : m_program(std::move(program))
     , m_arguments(std::move(arguments))
     , m_limits(limits)
+    , m_log(log)
 {
 }
 
 std::unique_ptr<UpdateFinder::Search> ProcessUpdateFinder::find(
     const std::string& currentVersion, Found found)
 {
-    auto search = std::make_unique<ProcessSearch>(currentVersion, std::move(found), m_limits);
+    auto search =
+        std::make_unique<ProcessSearch>(currentVersion, std::move(found), m_limits, m_log);
+    m_limits.restAtFirst = {};
     search->start(m_program, m_arguments + QStringList{QString::fromStdString(currentVersion)});
     return search;
 }

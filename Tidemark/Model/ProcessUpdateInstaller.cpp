@@ -1,12 +1,10 @@
 #include "ProcessUpdateInstaller.h"
 
 #include "InstallReport.h"
+#include "Updater.h"
 
 #include <QCoreApplication>
 #include <QProcess>
-
-#include <signal.h>
-#include <sys/prctl.h>
 
 #include <stdexcept>
 #include <utility>
@@ -16,7 +14,8 @@ namespace tidemark {
 namespace {
 
 constexpr qsizetype longestLine = 1 << 16;
-constexpr int patience = 5000;  // milliseconds, for files to be removed
+constexpr int patience =
+    15'000;  // milliseconds: for files to be removed, and for a swap that begins just then
 
 std::exception_ptr failureOf(const std::string& reason)
 {
@@ -73,18 +72,14 @@ void ProcessUpdateInstaller::start(const UpdateInfo& update)
         process, &QProcess::errorOccurred, process,
         [this](QProcess::ProcessError error) {
             if (error == QProcess::FailedToStart)
-                finish(failureOf("cannot start " + m_program.toStdString()));
+                finish(failureOf(
+                    "cannot start the updater: " + m_process->errorString().toStdString()));
         },
         Qt::QueuedConnection);
-    process->setStandardInputFile(QProcess::nullDevice());
     process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    // Whatever ends this process, the other one tidies up.
-    process->setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
-    process->start(m_program,
-        m_arguments
-            + QStringList{QString::fromStdString(update.version),
-                update.downloadURL.toString(QUrl::FullyEncoded)},
-        QIODevice::ReadOnly);
+    process->start(m_program, m_arguments);
+    process->write(QByteArray::fromStdString(Updater::announcementOf(update)));
+    process->closeWriteChannel();
 }
 
 void ProcessUpdateInstaller::takeReports()

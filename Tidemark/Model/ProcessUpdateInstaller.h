@@ -19,11 +19,11 @@ namespace tidemark {
 /// One at a time: a second update fails, and the first goes on. Nothing more is installed once a swap waits.
 class ProcessUpdateInstaller final : public UpdateInstaller {
 public:
-    /// The process gets the new version and its URL after `arguments`, and prints InstallReports.
+    /// The process reads the text of a feed that announces the version, and prints InstallReports.
     ProcessUpdateInstaller(QString program, QStringList arguments);
 
     /// Ends what is under way, and waits until it has tidied up, for some seconds at most; `done` is not called any
-    /// more.
+    /// more. Where it comes too late, the swap follows the end of this process.
     ~ProcessUpdateInstaller() override;
 
     ProcessUpdateInstaller(const ProcessUpdateInstaller&) = delete;

@@ -2,6 +2,7 @@
 
 #include "SystemCall.h"
 
+#include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -29,6 +30,12 @@ void WakeUp::clear()
     // Nothing to take back is fine.
     [[maybe_unused]] const int result =
         uninterrupted([&] { return ::eventfd_read(m_event.get(), &count); });
+}
+
+bool WakeUp::isSignalled() const
+{
+    pollfd event{.fd = m_event.get(), .events = POLLIN, .revents = 0};
+    return uninterrupted([&] { return ::poll(&event, 1, 0); }) > 0;
 }
 
 }  // namespace tidemark

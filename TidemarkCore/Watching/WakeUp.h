@@ -15,6 +15,8 @@ public:
     /// Takes all signals back that were given so far.
     void clear();
 
+    bool isSignalled() const;
+
     /// Readable while a signal was given and not taken back.
     int descriptor() const { return m_event.get(); }
 

@@ -1,9 +1,11 @@
 #include "EventLoop.h"
+#include "ModelFixture.h"
 #include "ProcessUpdateFinder.h"
 #include "TemporaryFolder.h"
 
 #include <QSocketNotifier>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -13,6 +15,9 @@
 namespace tidemark {
 
 using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
 
 class ProcessUpdateFinderTest : public testing::Test {
 protected:
@@ -22,7 +27,8 @@ protected:
     {
         m_calls = 0;
         ProcessUpdateFinder finder{QStringLiteral("/bin/sh"),
-            {QStringLiteral("-c"), QString::fromStdString(script), QStringLiteral("sh")}, m_limits};
+            {QStringLiteral("-c"), QString::fromStdString(script), QStringLiteral("sh")}, m_limits,
+            m_log};
         return finder.find("1.2", [this](std::optional<UpdateInfo> update) {
             ++m_calls;
             m_found = update ? update->version : "none";
@@ -41,6 +47,7 @@ protected:
     }
 
     ProcessUpdateFinder::Limits m_limits;
+    RememberingLog m_log;
     std::string m_found;
     int m_calls = 0;
 };
@@ -69,13 +76,54 @@ TEST_F(ProcessUpdateFinderTest, WhatIsNoNewerVersionIsNone)
 
 TEST_F(ProcessUpdateFinderTest, AProcessThatCannotBeStartedFindsNothing)
 {
-    ProcessUpdateFinder finder{QStringLiteral("/does/not/exist"), {}, {}};
+    ProcessUpdateFinder finder{QStringLiteral("/does/not/exist"), {}, {}, m_log};
     const auto search = finder.find("1.2", [this](const auto& update) {
         ++m_calls;
         EXPECT_FALSE(update);
     });
     EXPECT_EQ(m_calls, 0);
     EXPECT_TRUE(runUntil([this] { return m_calls == 1; }));
+    EXPECT_THAT(m_log.lines, ElementsAre(HasSubstr("it cannot be started: ")));
+}
+
+TEST_F(ProcessUpdateFinderTest, AFailureIsLogged)
+{
+    m_limits.whole = 50ms;
+    m_limits.output = 10;
+    const struct {
+        const char* script;
+        const char* line;
+    } examples[] = {
+        {"exit 127", "it ended with status 127"},
+        {"kill -9 $$", "it was ended"},
+        {"exec sleep 600", "it takes too long"},
+        {"exec yes", "it tells too much"},
+    };
+    for (const auto& example : examples) {
+        m_log.lines.clear();
+        find(example.script);
+        EXPECT_THAT(m_log.lines,
+            ElementsAre(std::string{"the updater found out nothing: "} + example.line));
+    }
+    m_log.lines.clear();
+    m_limits = {};
+    find("true");
+    EXPECT_THAT(m_log.lines, IsEmpty());
+}
+
+TEST_F(ProcessUpdateFinderTest, RestsBeforeTheFirstSearchOnly)
+{
+    m_limits.restAtFirst = 1h;
+    ProcessUpdateFinder finder{QStringLiteral("/bin/true"), {}, m_limits, m_log};
+    const auto find = [&] {
+        m_calls = 0;
+        return finder.find("1.2", [this](const auto& /*update*/) { ++m_calls; });
+    };
+    const auto first = find();
+    const auto second = find();
+    EXPECT_TRUE(runUntil([this] { return m_calls == 1; }));
+    runPending();
+    EXPECT_EQ(m_calls, 1) << "the first would have been told before";
 }
 
 TEST_F(ProcessUpdateFinderTest, OneThatNeverEndsIsGivenUp)

@@ -12,6 +12,7 @@
 namespace tidemark {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 namespace {
 
@@ -23,7 +24,7 @@ class ProcessUpdateInstallerTest : public testing::Test {
 protected:
     ProcessUpdateInstallerTest() { requireApplication(); }
 
-    /// An installer whose process runs this script, with version and URL as its arguments.
+    /// An installer whose process runs this script, which may read what is to be installed.
     static std::unique_ptr<ProcessUpdateInstaller> installer(const std::string& script)
     {
         return std::make_unique<ProcessUpdateInstaller>(QStringLiteral("/bin/sh"),
@@ -75,7 +76,9 @@ TEST_F(ProcessUpdateInstallerTest, EndsAsTheProcessReports)
         {"echo nonsense; echo progress 1; printf 'wa'; printf 'its\\n'; exit 3", "waits\n"},
         {"echo 'failed badSignature by another key'", "failed badSignature by another key\n"},
         {"echo 'failed other disk full'; exit 1", "failed other disk full\n"},
-        {"echo \"failed download $1 $2\"", "failed download 1.3 https://example.org/u%20.zip\n"},
+        {"echo \"failed download $(tr -d '\\n ')\"",
+            "failed download "
+            "{\"notes\":\"\",\"url\":\"https://example.org/u%20.zip\",\"version\":\"1.3\"}\n"},
     };
     for (const auto& example : examples)
         EXPECT_EQ(end(example.script), example.end) << example.script;
@@ -96,7 +99,7 @@ TEST_F(ProcessUpdateInstallerTest, AProcessThatCannotBeStartedHasFailed)
         begin(one);
         ASSERT_TRUE(m_ends.empty());
         ASSERT_TRUE(runUntil([this] { return !m_ends.empty(); }));
-        EXPECT_EQ(m_ends[0].reason, "cannot start /does/not/exist");
+        EXPECT_THAT(m_ends[0].reason, HasSubstr("cannot start the updater: "));
     }
 }
 

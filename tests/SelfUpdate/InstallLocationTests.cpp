@@ -85,6 +85,18 @@ TEST(InstallLocation, AFolderWithoutPermissionCannot)
     EXPECT_THAT(refusalOf(bundle), HasSubstr("cannot be written to"));
 }
 
+TEST(InstallLocation, AFolderThatEverybodyCanWriteToCannot)
+{
+    const TemporaryFolder folder;
+    const FileURL bundle = folder.makeFolder("shared/Tidemark.app");
+    for (const mode_t mode : {0777U, 01777U, 0757U}) {
+        ASSERT_EQ(::chmod(folder.path("shared").c_str(), mode), 0);
+        EXPECT_THAT(refusalOf(bundle), HasSubstr("by everybody")) << std::oct << mode;
+    }
+    ASSERT_EQ(::chmod(folder.path("shared").c_str(), 0775), 0);
+    EXPECT_EQ(refusalOf(bundle), "");
+}
+
 TEST(InstallLocation, AMissingFolderCannot)
 {
     EXPECT_NE(refusalOf(FileURL::directory("/nowhere/Tidemark.app")), "");

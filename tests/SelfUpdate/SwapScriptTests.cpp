@@ -4,6 +4,7 @@
 #include "SleepingProcess.h"
 #include "SwapScript.h"
 #include "TestBundle.h"
+#include "WakeUp.h"
 
 #include <QFileSystemWatcher>
 
@@ -45,6 +46,7 @@ public:
     const TestBundle& newBundle() const { return m_new; }
     const auto& before() const { return m_before; }
     SleepingProcess& application() { return m_application; }
+    WakeUp& stop() { return m_stop; }
 
     std::string path(const std::string& name) const { return m_root.path(m_folder + '/' + name); }
     FileURL script() const { return m_root.url(work() + ".sh"); }
@@ -52,7 +54,7 @@ public:
     pid_t launch(const std::string& scopeTool = noTool) const
     {
         return SwapScript::launch(
-            script(), m_new.url(), m_installed.url(), m_application.id(), scopeTool);
+            script(), m_new.url(), m_installed.url(), m_application.id(), m_stop, scopeTool);
     }
 
     /// Has the application end and the script do its work; what the program told that was started then.
@@ -83,6 +85,7 @@ private:
     const TemporaryFolder m_root;
     const std::string m_folder;
     SleepingProcess m_application;
+    WakeUp m_stop;
     const TestDeveloper m_developer;
     const TestBundle m_installed;
     const TestBundle m_new;
@@ -94,8 +97,16 @@ private:
 TEST(SwapScript, HasTheLinesInOrder)
 {
     const std::string text = SwapScript::text(4711);
-    EXPECT_TRUE(
-        text.starts_with("#!/bin/sh\nwhile kill -0 4711 2>/dev/null; do sleep 0.2; done\n"));
+    EXPECT_TRUE(text.starts_with("#!/bin/sh\nwhile kill -0 4711 2>/dev/null"));
+    std::size_t place = 0;
+    for (const char* part :
+        {"do sleep 0.2; done\n", "cp -aT \"$1\" \"$2.new\"", "rm -rf \"$2.bak\"",
+            "mv -T \"$2\" \"$2.bak\"", "mv -T \"$2.new\" \"$2\"", "rm -rf \"$2.bak\"",
+            "mv -T \"$2.bak\" \"$2\"", "rm -rf \"${0%.sh}\" \"$0\"", "\"$2/bin/tidemark\""}) {
+        place = text.find(part, place);
+        ASSERT_NE(place, std::string::npos) << part;
+        ++place;
+    }
     EXPECT_FALSE(text.ends_with('\n'));
 }
 
@@ -277,6 +288,151 @@ TEST(SwapScript, StartsWithoutAUserManager)
     const FileURL tool = swap.root().write("tmp/scope", "#!/bin/sh\nexit 1\n");
     ASSERT_EQ(::chmod(tool.path().c_str(), 0700), 0);
     EXPECT_EQ(swap.finish(swap.launch(tool.path())), "1.3 \n");
+}
+
+TEST(SwapScript, DoesNotWaitForAnApplicationThatHasEndedAndThatNobodyReaps)
+{
+    Swap swap;
+    const pid_t zombie = Subprocess::start({"true"}, Subprocess::Session::shared);
+    siginfo_t info = {};
+    ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(zombie), &info, WEXITED | WNOWAIT), 0);
+    const pid_t script = SwapScript::launch(
+        swap.script(), swap.newBundle().url(), swap.installed().url(), zombie, swap.stop(), noTool);
+    EXPECT_EQ(::waitpid(script, nullptr, 0), script);
+    EXPECT_EQ(swap.started(), "1.3 \n");
+    ::waitpid(zombie, nullptr, 0);
+}
+
+TEST(SwapScript, LeavesABundleThatIsNoLongerTheOneToBeReplaced)
+{
+    Swap swap;
+    const pid_t script = swap.launch();
+    // Another application that ran from it has been quicker.
+    swap.installed().write("Info.json", R"({"CFBundleShortVersionString": "1.4"})");
+    const auto expected = swap.installed().snapshot();
+
+    EXPECT_EQ(swap.finish(script), "1.2 \n") << "its program is the one that tells 1.2";
+
+    EXPECT_EQ(swap.installed().snapshot(), expected);
+    EXPECT_THAT(swap.names(), ElementsAre("Tidemark.app", "Tidemark.app.started"));
+    EXPECT_THAT(swap.root().names("tmp"), IsEmpty());
+}
+
+TEST(SwapScript, OneOfManyForOneBundleWins)
+{
+    constexpr int count = 8;
+    Swap swap;
+    for (int file = 0; file < 200; ++file)
+        swap.newBundle().write("share/" + std::to_string(file), "new");
+    const auto expected = swap.newBundle().snapshot();
+    std::vector<pid_t> scripts;
+    for (int each = 0; each < count; ++each) {
+        const std::string work = "tmp/other-" + std::to_string(each);
+        swap.root().makeFolder(work);
+        fs::copy(swap.newBundle().url().path(), swap.root().path(work + "/Tidemark.app"),
+            fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+        scripts.push_back(SwapScript::launch(swap.root().url(work + ".sh"),
+            FileURL::directory(swap.root().path(work + "/Tidemark.app")), swap.installed().url(),
+            swap.application().id(), swap.stop(), noTool));
+    }
+    swap.application().end();
+    for (const pid_t script : scripts)
+        EXPECT_EQ(::waitpid(script, nullptr, 0), script);
+    EXPECT_EQ(swap.started(), "1.3 \n");
+    EXPECT_EQ(swap.installed().snapshot(), expected);
+    // Each starts what stands there then.
+    const QFileSystemWatcher watcher{{QString::fromStdString(swap.path(""))}};
+    EXPECT_TRUE(runUntil([&] {
+        return swap.names() == std::vector<std::string>{"Tidemark.app", "Tidemark.app.started"};
+    }));
+}
+
+TEST(SwapScript, GoesOnWhenItIsAskedToEndInTheMiddle)
+{
+    Swap swap;
+    for (int file = 0; file < 200; ++file)
+        swap.newBundle().write("share/" + std::to_string(file), "new");
+    const auto expected = swap.newBundle().snapshot();
+    const QFileSystemWatcher watcher{{QString::fromStdString(swap.path(""))}};
+    const pid_t script = swap.launch();
+    swap.application().end();
+    ASSERT_TRUE(runUntil([&] {
+        return fs::exists(swap.path("Tidemark.app.new")) || !fs::exists(swap.script().path());
+    }));
+    ::kill(-script, SIGTERM);  // its session: as when a service manager ends everything
+    ::kill(-script, SIGHUP);
+    EXPECT_EQ(::waitpid(script, nullptr, 0), script);
+    EXPECT_EQ(swap.started(), "1.3 \n");
+    EXPECT_EQ(swap.installed().snapshot(), expected);
+}
+
+TEST(SwapScript, LeavesNothingOfAHalfCopyFromBefore)
+{
+    Swap swap;
+    swap.root().write("Applications/Tidemark.app.new/bin/tidemark", "half");
+    swap.root().write("Applications/Tidemark.app.new/evil", "planted");
+    const auto expected = swap.newBundle().snapshot();
+    EXPECT_EQ(swap.run(), "1.3 \n");
+    EXPECT_EQ(swap.installed().snapshot(), expected);
+}
+
+TEST(SwapScript, StartsWithoutAScopeWhenThatEndsAfterTheTrial)
+{
+    Swap swap;
+    // Well for the first time, and not for the second.
+    const FileURL tool = swap.root().write(
+        "tmp/scope", "#!/bin/sh\nmkdir '" + swap.root().path("tried") + "' 2>/dev/null\n");
+    ASSERT_EQ(::chmod(tool.path().c_str(), 0700), 0);
+    const pid_t script = swap.launch(tool.path());
+    EXPECT_EQ(::getsid(script), script);
+    EXPECT_EQ(swap.finish(script), "1.3 \n");
+    fs::remove(tool.path());
+    EXPECT_THAT(swap.root().names("tmp"), IsEmpty());
+}
+
+TEST(SwapScript, WhoIsStoppedBeforeItRunsLeavesNone)
+{
+    Swap swap;
+    swap.stop().signal();
+    EXPECT_THROW(swap.launch(), std::runtime_error);
+    EXPECT_FALSE(fs::exists(swap.script().path()));
+    EXPECT_EQ(swap.installed().snapshot(), swap.before());
+}
+
+TEST(SwapScript, TheStartedApplicationHeedsEverySignal)
+{
+    Swap swap;
+    swap.newBundle().write("bin/tidemark",
+        "#!/bin/sh\nsed -n 's/^SigIgn:.//p' /proc/self/status >'" + swap.path("signals.new")
+            + "'\nmv '" + swap.path("signals.new") + "' '" + swap.path("Tidemark.app.started")
+            + "'\n",
+        0755);
+    constexpr unsigned long long ofPrograms =
+        0x7fffffff;  // the others are the C library's and for real time
+    EXPECT_EQ(std::stoull(swap.run(), nullptr, 16) & ofPrograms, 0U);
+}
+
+TEST(Subprocess, BecomesWhatTheOneInFrontOfItExecutes)
+{
+    const std::vector<std::string> command{"/bin/sleep", "1000"};
+    const struct {
+        std::string script;
+        bool becomes;
+    } examples[] = {
+        {"exec \"$@\"", true},
+        {"sleep 0.05; exec \"$@\"", true},
+        {"exit 0", false},
+        {"exec /bin/sleep 1001", false},
+    };
+    for (const auto& example : examples) {
+        SCOPED_TRACE(example.script);
+        const pid_t process = Subprocess::start(
+            {"sh", "-c", example.script, "sh", command[0], command[1]}, Subprocess::Session::own);
+        EXPECT_EQ(Subprocess::becomes(process, command, 1), example.becomes);
+        EXPECT_EQ(::kill(process, SIGKILL), example.becomes ? 0 : -1) << "killed and reaped";
+        if (example.becomes)
+            ::waitpid(process, nullptr, 0);
+    }
 }
 
 TEST(Subprocess, InheritsNoFilesAndNoBlockedSignals)

@@ -65,9 +65,8 @@ ArchiveDownload::ArchiveDownload(const QUrl& url, const FileURL& file,
     , m_progress(std::move(progress))
     , m_done(std::move(done))
 {
-    m_silence.setSingleShot(true);
-    QObject::connect(&m_silence, &QTimer::timeout, this,
-        [this] { finish(std::make_exception_ptr(std::runtime_error{"the server is silent"})); });
+    giveUpAfter(m_silence, "the server is silent");
+    giveUpAfter(m_whole, "the server is too slow");
     guarded([&] {
         // Qt would read local files, too.
         if (url.scheme() != QStringLiteral("https"))
@@ -75,6 +74,13 @@ ArchiveDownload::ArchiveDownload(const QUrl& url, const FileURL& file,
         m_file = created(file);
         request(url, session);
     });
+}
+
+void ArchiveDownload::giveUpAfter(QTimer& timer, const char* reason)
+{
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, this,
+        [this, reason] { finish(std::make_exception_ptr(std::runtime_error{reason})); });
 }
 
 ArchiveDownload::~ArchiveDownload()
@@ -117,6 +123,7 @@ void ArchiveDownload::request(const QUrl& url, QNetworkAccessManager& session)
     follow(&QNetworkReply::readyRead, &ArchiveDownload::takeBody);
     follow(&QNetworkReply::finished, &ArchiveDownload::replyFinished);
     m_silence.start(m_limits.silence);
+    m_whole.start(m_limits.whole);
 }
 
 void ArchiveDownload::madeProgress()
@@ -198,6 +205,7 @@ void ArchiveDownload::finish(std::exception_ptr failure)
     if (std::exchange(m_isFinished, true))
         return;
     m_silence.stop();
+    m_whole.stop();
     abandonReply();
     // From the event loop, so that whoever hears of it may destroy this.
     QMetaObject::invokeMethod(

@@ -27,6 +27,7 @@ public:
 
     struct Limits {
         std::chrono::milliseconds silence = std::chrono::seconds{30};  ///< Without any progress.
+        std::chrono::milliseconds whole = std::chrono::hours{2};
         std::int64_t bytes = std::int64_t{256} << 20;
     };
 
@@ -38,6 +39,7 @@ public:
     ~ArchiveDownload() override;
 
 private:
+    void giveUpAfter(QTimer& timer, const char* reason);
     void request(const QUrl& url, QNetworkAccessManager& session);
     void madeProgress();
     void takeHead();
@@ -59,6 +61,7 @@ private:
     FileDescriptor m_file;
     std::unique_ptr<QNetworkReply> m_reply;  ///< Null once it has ended.
     QTimer m_silence;
+    QTimer m_whole;
     std::int64_t m_received = 0;
     bool m_isFinished = false;
 };

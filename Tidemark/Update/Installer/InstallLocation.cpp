@@ -56,6 +56,13 @@ bool isKeptFromUser(const FileURL& url)
         && user != entry.st_uid;
 }
 
+/// Such as /tmp: while the bundle is moved aside, anybody could put another one in its place.
+bool isOpenToOthers(const FileURL& folder)
+{
+    struct stat status = {};
+    return ::stat(systemPath(folder), &status) != 0 || (status.st_mode & S_IWOTH) != 0;
+}
+
 }  // namespace
 
 std::optional<FileURL> bundleOf(const FileURL& executable)
@@ -82,6 +89,8 @@ void requireReplaceable(const std::optional<FileURL>& bundle)
         refuse(path + " is on a read-only file system");
     if (!isWritable(bundle->parent()) || isKeptFromUser(*bundle))
         refuse(bundle->parent().path() + " cannot be written to");
+    if (isOpenToOthers(bundle->parent()))
+        refuse(bundle->parent().path() + " can be written to by everybody");
 }
 
 }  // namespace tidemark::InstallLocation

@@ -15,7 +15,7 @@ namespace InstallLocation {
 std::optional<FileURL> bundleOf(const FileURL& executable);
 
 /// Throws UpdateError of the kind `readOnlyLocation` unless the bundle can be replaced by this user: not on a
-/// read-only file system, the folder above writable, and nobody else's to manage: packages have /usr (but for
+/// read-only file system, the folder above writable, but not by everybody, and nobody else's to manage: packages have /usr (but for
 /// /usr/local), /nix/store, /gnu/store, /snap and /app, and a path with "/AppTranslocation/" in it is a copy that
 /// vanishes.
 void requireReplaceable(const std::optional<FileURL>& bundle);

@@ -7,6 +7,7 @@
 #include "SystemCall.h"
 #include "TemporaryDirectory.h"
 #include "Text.h"
+#include "UpdateLeftovers.h"
 
 #include <QNetworkAccessManager>
 
@@ -30,10 +31,11 @@ void makeFolder(const FileURL& folder)
         fail("cannot make", folder, errno);
 }
 
-void removeTree(const FileURL& folder)
+/// It may be of an updater that was killed before it could tell: two scripts would move each other's files.
+void requireNoSwap(const FileURL& script)
 {
-    std::error_code ignored;
-    fs::remove_all(folder.path(), ignored);
+    if (UpdateLeftovers::mayBeAtWork(script))
+        throw std::runtime_error{"an update waits for the end of the application already"};
 }
 
 }  // namespace
@@ -65,12 +67,20 @@ SelfUpdater::SelfUpdater(Options options, MakeSession makeSession)
 
 SelfUpdater::~SelfUpdater()
 {
+    cancel();
+}
+
+bool SelfUpdater::cancel()
+{
     m_isCancelled = true;
     m_cancel.signal();
     m_download.reset();
     m_worker.reset();
-    if (m_done && m_places)
-        removeTree(m_places->work);
+    if (m_places && !m_hasLaunched)
+        UpdateLeftovers::removeTree(m_places->work);
+    m_places.reset();
+    m_done = {};
+    return m_hasLaunched;
 }
 
 void SelfUpdater::install(const UpdateInfo& update, Progress progress, Done done)
@@ -99,11 +109,13 @@ std::shared_ptr<const SelfUpdater::Places> SelfUpdater::prepare() const
     if (!MinisignPublicKey::parse(m_options.identity.publicKey))
         throw UpdateError{UpdateError::Case::badSignature,
             "this program was built without the key that updates are signed with"};
+    if (::access(m_options.archiveTool.c_str(), X_OK) != 0)
+        throw UpdateError{UpdateError::Case::unpack, "cannot run " + m_options.archiveTool};
     const FileURL temporary =
         m_options.temporaryDirectory ? *m_options.temporaryDirectory : TemporaryDirectory::folder();
-    const auto places =
-        std::make_shared<const Places>(temporary, m_options.process.value_or(::getpid()));
-    removeTree(places->work);
+    const auto places = std::make_shared<const Places>(temporary, m_options.process);
+    requireNoSwap(places->script);
+    UpdateLeftovers::removeTree(places->work);
     makeFolder(places->work);
     return places;
 }
@@ -128,6 +140,7 @@ void SelfUpdater::download(const UpdateInfo& update, Progress progress)
 
 void SelfUpdater::unpackAndLaunch(const std::string& version)
 {
+    m_options.downloaded();
     m_worker = std::make_unique<SerialQueue>("io.tidemark.update", m_time);
     m_worker->async([this, version] {
         std::exception_ptr failure;
@@ -169,10 +182,10 @@ void SelfUpdater::verifySignature(const FileURL& bundle, const std::string& anno
         bundle, announcedVersion, m_isCancelled);
 }
 
-void SelfUpdater::launchSwap(const FileURL& newBundle, const FileURL& destination) const
+void SelfUpdater::launchSwap(const FileURL& newBundle, const FileURL& destination)
 {
-    SwapScript::launch(
-        m_places->script, newBundle, destination, m_options.process.value_or(::getpid()));
+    SwapScript::launch(m_places->script, newBundle, destination, m_options.process, m_cancel);
+    m_hasLaunched = true;
 }
 
 void SelfUpdater::run(const std::string& executable, const std::vector<std::string>& arguments,
@@ -189,12 +202,11 @@ void SelfUpdater::run(const std::string& executable, const std::vector<std::stri
 void SelfUpdater::finish(std::exception_ptr failure)
 {
     if (failure && m_places)
-        removeTree(m_places->work);
+        UpdateLeftovers::removeTree(m_places->work);
     m_places.reset();
     m_download.reset();
     m_session.reset();
     m_worker.reset();
-    m_hasLaunched = !failure;
     const Done done = std::exchange(m_done, {});
     done(std::move(failure));
 }

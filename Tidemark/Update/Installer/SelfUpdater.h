@@ -24,7 +24,7 @@ namespace tidemark {
 ///
 /// The archive is downloaded, inspected, unpacked and verified in a folder of the user's own below the temporary
 /// directory, and a script then waits for this process to end and swaps the bundles. Every failure before that
-/// leaves the installed bundle untouched, and nothing behind. For the main thread; what takes long happens on a
+/// leaves the installed bundle untouched, and nothing behind; afterwards what lies there is the script's. For the main thread; what takes long happens on a
 /// thread of its own.
 class SelfUpdater final : public UpdateInstaller {
 public:
@@ -40,8 +40,11 @@ public:
         /// In place of the user's own (TemporaryDirectory::folder).
         std::optional<FileURL> temporaryDirectory = {};
 
-        /// The process for whose end the script waits; this one, but in tests.
-        std::optional<pid_t> process = {};
+        /// The process for whose end the script waits.
+        pid_t process = 0;
+
+        /// Called when the network is no longer needed, before anything else is started.
+        std::function<void()> downloaded = [] {};
     };
 
     using MakeSession = std::function<std::unique_ptr<QNetworkAccessManager>()>;
@@ -49,7 +52,7 @@ public:
     /// Every download has a network session of its own, so that there is none between them, and no thread.
     SelfUpdater(Options options, MakeSession makeSession);
 
-    /// Ends what is under way; `done` is not called any more. Does not wait for the network.
+    /// See cancel().
     ~SelfUpdater() override;
 
     SelfUpdater(const SelfUpdater&) = delete;
@@ -59,6 +62,10 @@ public:
     /// is looked at first, and whether there is a key to check the bundle with: otherwise nothing is downloaded.
     /// One at a time: a second one fails, and the first goes on. Nothing more is installed once the swap waits.
     void install(const UpdateInfo& update, Progress progress, Done done) override;
+
+    /// Ends what is under way; `done` is not called any more. Does not wait for the network. Returns whether it came
+    /// too late, so that the swap waits for the application's end.
+    bool cancel();
 
 private:
     struct Places;
@@ -71,7 +78,7 @@ private:
     void unpack() const;
     FileURL newBundle() const;
     void verifySignature(const FileURL& bundle, const std::string& announcedVersion) const;
-    void launchSwap(const FileURL& newBundle, const FileURL& destination) const;
+    void launchSwap(const FileURL& newBundle, const FileURL& destination);
     void run(const std::string& executable, const std::vector<std::string>& arguments,
         UpdateError::Case failure) const;
 
@@ -81,7 +88,7 @@ private:
     const MakeSession m_makeSession;
     std::shared_ptr<const Places> m_places;  ///< Changed only while the worker rests.
     Done m_done;
-    bool m_hasLaunched = false;  ///< The script waits for the end of this process.
+    std::atomic<bool> m_hasLaunched = false;  ///< The script waits for the end of the application.
     std::unique_ptr<QNetworkAccessManager> m_session;
     std::unique_ptr<ArchiveDownload> m_download;
     MainQueue m_main;

@@ -12,6 +12,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <fstream>
+#include <iterator>
 
 namespace tidemark::Subprocess {
 
@@ -71,6 +73,36 @@ private:
     posix_spawnattr_t m_attributes = {};
 };
 
+FileDescriptor handleOf(pid_t process)
+{
+    // By the number of the call: the header of glibc 2.36 declares the function for C only.
+    return FileDescriptor{static_cast<int>(::syscall(SYS_pidfd_open, process, 0U))};
+}
+
+/// The exit status of a process that has ended or is about to; -1 when a signal ended it.
+int reap(pid_t process)
+{
+    int status = 0;
+    if (uninterrupted([&] { return ::waitpid(process, &status, 0); }) != process)
+        throw std::system_error{systemError(errno)};
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+/// As the kernel shows it: each argument is followed by a NUL.
+std::string commandOf(pid_t process)
+{
+    std::ifstream file{"/proc/" + std::to_string(process) + "/cmdline", std::ios::binary};
+    return {std::istreambuf_iterator<char>{file}, {}};
+}
+
+std::string joined(const std::vector<std::string>& command)
+{
+    std::string text;
+    for (const std::string& argument : command)
+        text.append(argument).push_back('\0');
+    return text;
+}
+
 }  // namespace
 
 pid_t start(const std::vector<std::string>& command, Session session)
@@ -94,8 +126,7 @@ pid_t start(const std::vector<std::string>& command, Session session)
 int wait(pid_t process, int stop, int seconds)
 {
     constexpr int milliseconds = 1000;
-    // By the number of the call: the header of glibc 2.36 declares the function for C only.
-    const FileDescriptor end{static_cast<int>(::syscall(SYS_pidfd_open, process, 0U))};
+    const FileDescriptor end = handleOf(process);
     if (end.isOpen()) {
         std::array<pollfd, 2> both{pollfd{.fd = end.get(), .events = POLLIN, .revents = 0},
             pollfd{.fd = stop, .events = POLLIN, .revents = 0}};
@@ -105,10 +136,25 @@ int wait(pid_t process, int stop, int seconds)
         if (both[0].revents == 0)
             ::kill(process, SIGKILL);
     }
-    int status = 0;
-    if (uninterrupted([&] { return ::waitpid(process, &status, 0); }) != process)
-        throw std::system_error{systemError(errno)};
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return reap(process);
+}
+
+bool becomes(pid_t process, const std::vector<std::string>& command, int seconds)
+{
+    constexpr int pause = 10;  // milliseconds; nothing tells of it
+    constexpr int pausesPerSecond = 1000 / pause;
+    const std::string wanted = joined(command);
+    const FileDescriptor end = handleOf(process);
+    for (int left = seconds * pausesPerSecond; left > 0; --left) {
+        if (commandOf(process) == wanted)
+            return true;
+        pollfd hasEnded{.fd = end.get(), .events = POLLIN, .revents = 0};
+        if (::poll(&hasEnded, 1, pause) > 0)
+            break;
+    }
+    ::kill(process, SIGKILL);
+    reap(process);
+    return false;
 }
 
 }  // namespace tidemark::Subprocess

@@ -1,12 +1,14 @@
 #include "FeedReader.h"
 
+#include "MemoryLimit.h"
+#include "TemporaryDirectory.h"
 #include "UpdateAddresses.h"
+#include "UpdateLeftovers.h"
 #include "Updater.h"
 
 #include <QCoreApplication>
 #include <QNetworkAccessManager>
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -15,29 +17,28 @@ namespace tidemark::FeedReader {
 
 namespace {
 
-/// A body is limited, but Qt keeps an answer's head of any length.
-void limitMemory()
-{
-#ifndef TIDEMARK_IS_SANITIZED  // sanitizers reserve more than there is
-    constexpr rlim_t most = rlim_t{256} << 20U;
-    const rlimit limit{.rlim_cur = most, .rlim_max = most};
-    ::setrlimit(RLIMIT_DATA, &limit);
-    const rlimit noCore{.rlim_cur = 0, .rlim_max = 0};
-    ::setrlimit(RLIMIT_CORE, &noCore);
-#endif
-}
-
 bool print(const UpdateInfo& update)
 {
     const std::string text = Updater::announcementOf(update);
     return std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
 }
 
+/// An installation that was killed leaves hundreds of megabytes.
+void tidyUp()
+{
+    try {
+        UpdateLeftovers::remove(TemporaryDirectory::folder());
+    } catch (const std::runtime_error&) {
+        // Without such a folder there is nothing in it.
+    }
+}
+
 }  // namespace
 
 void run(const std::string& runningVersion)
 {
-    limitMemory();
+    tidyUp();
+    const MemoryLimit limit;
     bool isPrinted = true;
     QNetworkAccessManager session;
     const auto check = Updater::check(QUrl{QString::fromStdString(UpdateAddresses::feed())},

@@ -1,16 +1,17 @@
-// The updater, started by the application for itself:
+// The updater, started by the application for itself. PROCESS is the application:
 //
-//   tidemark-updater check RUNNING-VERSION
-//   tidemark-updater install PROCESS EXECUTABLE RUNNING-VERSION VERSION URL
+//   tidemark-updater check PROCESS VERSION
+//   tidemark-updater install PROCESS VERSION
 #include "FeedReader.h"
 #include "InstallRun.h"
 
 #include <QCoreApplication>
 
+#include <signal.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <charconv>
-#include <csignal>
 #include <cstdio>
 #include <span>
 #include <string>
@@ -21,10 +22,11 @@ namespace {
 
 constexpr int exitWrongUsage = 2;
 
-int explain()
+int refuse()
 {
-    std::fputs("tidemark-updater: Tidemark starts this by itself to look for a newer version and "
-               "to install it\n",
+    std::fputs(
+        "tidemark-updater: Tidemark starts this by itself to look for a newer version and to "
+        "install it\n",
         stderr);
     return exitWrongUsage;
 }
@@ -47,27 +49,26 @@ void takeSignals()
     ::signal(SIGPIPE, SIG_IGN);
 }
 
-int install(std::span<const char* const> arguments)
+/// Whatever ends the application, nobody waits for this process any more: it gets `signal` then. False if that has
+/// ended already, or is another one.
+bool followToTheEnd(pid_t application, int signal)
 {
-    const InstallRun::Application application{
-        .process = processIn(arguments[0]), .executable = arguments[1], .version = arguments[2]};
-    if (application.process <= 0)
-        return explain();
-    return InstallRun::run(application,
-        {.version = arguments[3],
-            .downloadURL = QUrl{QString::fromUtf8(arguments[4]), QUrl::StrictMode}});
+    return ::prctl(PR_SET_PDEATHSIG, signal) == 0 && ::getppid() == application;
 }
 
 int run(std::span<const char* const> arguments)
 {
-    constexpr std::size_t checkArguments = 2;
-    constexpr std::size_t installArguments = 6;
-    const std::string work = arguments.empty() ? "" : arguments[0];
-    if (work == "check" && arguments.size() == checkArguments)
-        FeedReader::run(arguments[1]);
-    if (work == "install" && arguments.size() == installArguments)
-        return install(arguments.subspan(1));
-    return explain();
+    constexpr std::size_t argumentCount = 3;
+    if (arguments.size() != argumentCount)
+        return refuse();
+    const std::string work = arguments[0];
+    const pid_t application = processIn(arguments[1]);
+    const std::string version = arguments[2];
+    if (work == "check" && followToTheEnd(application, SIGKILL))
+        FeedReader::run(version);
+    if (work == "install" && followToTheEnd(application, SIGTERM))
+        return InstallRun::run(application, version);
+    return refuse();
 }
 
 }  // namespace
@@ -78,6 +79,9 @@ int main(int argc, char* argv[])
 {
     using namespace tidemark;
     takeSignals();
+    // Of the application's own start, and spent.
+    qunsetenv("XDG_ACTIVATION_TOKEN");
+    qunsetenv("DESKTOP_STARTUP_ID");
     const std::span<const char* const> all{argv, static_cast<std::size_t>(argc)};
     const QCoreApplication application{argc, argv};
     const int status = run(all.subspan(all.empty() ? 0 : 1));
