@@ -52,9 +52,9 @@ def sticking_out(nodes):
 
 
 def _height(text, font, width):
-    context = PangoCairo.FontMap.new()
-    context.set_resolution(_RESOLUTION)
-    layout = Pango.Layout.new(context.create_context())
+    fonts = PangoCairo.FontMap.new()
+    fonts.set_resolution(_RESOLUTION)
+    layout = Pango.Layout.new(fonts.create_context())
     layout.set_font_description(Pango.FontDescription(font))
     layout.set_text(text, -1)
     layout.set_width(width * Pango.SCALE)

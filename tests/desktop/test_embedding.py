@@ -18,6 +18,8 @@ class Embedding(DesktopCase):
 
     def setUp(self):
         super().setUp()
+        if self.desktop.panel and self.desktop.panel.poll() is None:
+            self.desktop.stop_panel()
         self.tidemark.write_settings()
 
     def start_tray(self):
@@ -79,9 +81,10 @@ class Embedding(DesktopCase):
         self.start_without_tray()
 
         self.desktop.start_panel()
-        self.addCleanup(self.desktop.stop_panel)
 
-        Panel(self.desktop).choose(self.tidemark.icon(), "Pause sweeping")
+        icon = self.tidemark.icon()
+        Panel(self.desktop).icon_place()
+        icon.choose("Pause sweeping")
         self.tidemark.wait_for_setting("isPaused", True)
         self.photograph("paused")
 
