@@ -43,10 +43,27 @@ void ActivationRelay::passOn(const HandOver& handOver)
     m_patience.stop();
     try {
         handOver.carryOut(m_supportFolder);
+        waitForMore();
     } catch (const std::runtime_error& error) {
-        m_tellFailure(failureText(error));
+        // Later, so that whoever asks is answered before somebody has read it.
+        ++m_messages;
+        QMetaObject::invokeMethod(
+            &m_service, [this, reason = failureText(error)] { tell(reason); },
+            Qt::QueuedConnection);
     }
-    m_patience.start();
+}
+
+void ActivationRelay::tell(const std::string& failure)
+{
+    m_tellFailure(failure);
+    --m_messages;
+    waitForMore();
+}
+
+void ActivationRelay::waitForMore()
+{
+    if (m_messages == 0)
+        m_patience.start();
 }
 
 }  // namespace tidemark

@@ -16,17 +16,21 @@ namespace tidemark {
 /// has been asked for a few seconds. For the main thread.
 class ActivationRelay {
 public:
-    /// `tellFailure` is given the reason when something could not be passed on.
+    /// `tellFailure` is given the reason when something could not be passed on. It may run an event loop, in which
+    /// more is passed on, until the reason has been read.
     ActivationRelay(FileURL supportFolder, std::function<void(const std::string&)> tellFailure);
 
 private:
     void bringForward(const std::string& activationToken);
     void perform(AppAction action);
     void passOn(const HandOver& handOver);
+    void tell(const std::string& failure);
+    void waitForMore();
 
     const FileURL m_supportFolder;
     const std::function<void(const std::string&)> m_tellFailure;
     QTimer m_patience;
+    int m_messages = 0;  ///< Of failures that are still to be read.
     ApplicationService m_service;
 };
 

@@ -16,20 +16,24 @@ static bool isPaused(const FileURL& supportFolder)
     return SettingsStore{supportFolder.appending("settings.json"), files, clock}.load().isPaused;
 }
 
+static void throwIf(const std::optional<std::string>& failure)
+{
+    if (failure)
+        throw CommandFailure{*failure};
+}
+
 static void perform(AppAction action, const FileURL& supportFolder)
 {
     const auto operations = Operations::open(supportFolder, [] {});
     SweepObserver nobody;
     switch (action) {
     case AppAction::sweep:
-        operations->sweep({}, nobody);
-        return;
+        return throwIf(operations->sweep({}, nobody).summaryOfFailures());
     case AppAction::togglePause:
         operations->setPaused(!isPaused(supportFolder));
         return;
     case AppAction::undo:
-        operations->undo({});
-        return;
+        return throwIf(operations->undo({}).failure);
     }
 }
 

@@ -1,7 +1,5 @@
 #include "StartWait.h"
 
-#include "CommandFailure.h"
-
 #include <QCoreApplication>
 
 namespace tidemark {
@@ -16,7 +14,7 @@ void StartWait::goOn()
 {
     constexpr qint64 patience = 3000;  // milliseconds
     if (m_signals.isPending())
-        throw CommandFailure{"ended while waiting for a tidemarkctl command"};
+        throw StartGivenUp{"ended while waiting for a tidemarkctl command"};
     if (!m_since.isValid())
         m_since.start();
     if (m_isAwaited && !m_message && m_since.elapsed() > patience)
@@ -26,7 +24,7 @@ void StartWait::goOn()
     // Without the sockets: a signal is waited for above.
     QCoreApplication::processEvents(QEventLoop::ExcludeSocketNotifiers);
     if (!m_message->isVisible())
-        throw CommandFailure{"not started, since a tidemarkctl command is still at work"};
+        throw StartGivenUp{"not started, since a tidemarkctl command is still at work"};
 }
 
 void StartWait::tell()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CommandFailure.h"
 #include "EndSignals.h"
 
 #include <QElapsedTimer>
@@ -9,6 +10,12 @@
 
 namespace tidemark {
 
+/// The start was given up while it waited, by somebody who knows.
+class StartGivenUp : public CommandFailure {
+public:
+    using CommandFailure::CommandFailure;
+};
+
 /// What a start does while a `tidemarkctl` command has the support folder: such a command is over soon, as a rule.
 ///
 /// After a few seconds it tells whoever waits, who can give up. For the main thread, before its event loop runs.
@@ -17,7 +24,7 @@ public:
     /// `isAwaited` when somebody looks at the screen. `signals` outlives it.
     StartWait(const EndSignals& signals, bool isAwaited);
 
-    /// To be called again and again. Throws CommandFailure when the user or a signal has ended it.
+    /// To be called again and again. Throws StartGivenUp when the user or a signal has ended it.
     void goOn();
 
 private:

@@ -30,6 +30,10 @@ TidemarkApp::TidemarkApp(AppModel& model, std::function<void()> quit)
 {
     QObject::connect(&m_host, &TrayHost::found, this, [this] { showIcon(); });
     QObject::connect(&m_host, &TrayHost::missing, this, [this] { openMenuIfThereIsNothingElse(); });
+    QObject::connect(&m_host, &TrayHost::looked, this, [this] {
+        if (std::exchange(m_isAskedForward, false))
+            bringForward();
+    });
 }
 
 TidemarkApp::~TidemarkApp() = default;
@@ -76,6 +80,10 @@ bool TidemarkApp::hasOpenWindow()
 void TidemarkApp::bringForward()
 {
     m_label.appear();
+    // The bus starts it and activates it in one go: only a moment later it is known whether the icon can be seen.
+    m_isAskedForward = m_host.isLooking() && !hasOpenWindow();
+    if (m_isAskedForward)
+        return;
     if (!hasOpenWindow())
         return m_label.isShown() ? openSettings() : openMenuWindow();
     if (m_menuWindow && m_menuWindow->isVisible())

@@ -68,6 +68,7 @@ private:
     BringToFront m_onboardingFront{nullptr};
     BringToFront m_menuFront{nullptr};
     bool m_isAwaited = false;  ///< By somebody who has just started it.
+    bool m_isAskedForward = false;  ///< Before it was known whether the icon can be seen.
 };
 
 }  // namespace tidemark

@@ -2,6 +2,7 @@
 #include "AlreadyRunning.h"
 #include "AppSupport.h"
 #include "ApplicationService.h"
+#include "CommandFailure.h"
 #include "EndSignals.h"
 #include "FailureText.h"
 #include "FolderPanel.h"
@@ -18,6 +19,7 @@
 #include <QApplication>
 #include <QDBusConnection>
 #include <QMessageBox>
+#include <QScopeGuard>
 
 #include <unistd.h>
 
@@ -76,9 +78,10 @@ sigset_t holdEndSignals()
 /// Whoever starts it by a click sees no terminal.
 int tellFailure(const std::string& reason, const LaunchOptions& options)
 {
+    const int status = fail(reason, exitFailed);
     if (options.isAwaited())
         QMessageBox::warning(nullptr, QStringLiteral("Tidemark"), QString::fromStdString(reason));
-    return fail(reason, exitFailed);
+    return status;
 }
 
 void describe()
@@ -131,34 +134,40 @@ int relayActivations(const FileURL& supportFolder)
     return QApplication::exec();
 }
 
-void endReplaced(const LaunchOptions& options)
-{
-    QApplication::exit(tellFailure(
-        "another Tidemark has taken over, since the lock of this one was removed", options));
-}
-
 /// Of all that start, the one that gets the support folder stays.
 int runOrHandOver(const HandOver& handOver, const EndSignals& signals, std::function<void()>& quit)
 {
     FolderPanel folderPanel;
     Syslog syslog;
     LiveUpdates updates{syslog};
+    bool isReplaced = false;
     try {
         std::optional<StartWait> wait{std::in_place, signals, handOver.options.isAwaited()};
         LiveModel live{{.folderChooser = folderPanel,
             .log = syslog,
             .updates = updates.services([&quit] { quit(); }),
             .whileWaiting = [&wait] { wait->goOn(); },
-            .whenReplaced = [&handOver] { endReplaced(handOver.options); }}};
+            .whenReplaced =
+                [&isReplaced] {
+                    isReplaced = true;
+                    QApplication::quit();
+                }}};
         wait.reset();
+        const auto forgetModel = qScopeGuard([&quit, before = quit] { quit = before; });
         quit = [&live] { live.stop([] { QApplication::quit(); }); };
-        return runApplication(live, handOver.options, quit);
+        const int status = runApplication(live, handOver.options, quit);
+        if (!isReplaced)
+            return status;
     } catch (const AlreadyRunning& other) {
-        if (handOver.options.isService)
+        if (handOver.options.isService) {
+            quit = [] { QApplication::quit(); };
             return relayActivations(other.supportFolder());
+        }
         handOver.carryOut(other.supportFolder());
         return exitDone;
     }
+    // Not before: the menu would have gone on changing what belongs to the other now.
+    throw CommandFailure{"another Tidemark has taken over, since the lock of this one was removed"};
 }
 
 int run(int& argc, char** argv, const LaunchOptions& options)
@@ -178,6 +187,8 @@ int run(int& argc, char** argv, const LaunchOptions& options)
     }};
     try {
         return runOrHandOver(handOver, signals, quit);
+    } catch (const StartGivenUp& givenUp) {
+        return fail(givenUp.what(), exitFailed);
     } catch (const std::runtime_error& error) {
         return tellFailure(failureText(error), options);
     }

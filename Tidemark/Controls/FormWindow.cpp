@@ -5,6 +5,7 @@
 #include <QEvent>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 #include <QWindow>
 
@@ -21,6 +22,7 @@ FormWindow::FormWindow(const QString& title, QWidget* form, int width)
 {
     setWindowTitle(title);
     auto* scroller = new QScrollArea;
+    m_scrollBar = scroller->verticalScrollBar();
     scroller->setFrameShape(QFrame::NoFrame);
     scroller->setWidgetResizable(true);
     scroller->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -52,25 +54,27 @@ void FormWindow::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
     // Which screen it is on is known only now, and may change.
-    QObject::connect(windowHandle(), &QWindow::screenChanged, this, &FormWindow::fitHeight,
-        Qt::UniqueConnection);
-    fitHeight();
+    QObject::connect(
+        windowHandle(), &QWindow::screenChanged, this, &FormWindow::fit, Qt::UniqueConnection);
+    fit();
 }
 
 void FormWindow::followForm()
 {
-    fitHeight();
+    fit();
     orderAsLaidOut(*m_form);
 }
 
-void FormWindow::fitHeight()
+void FormWindow::fit()
 {
     constexpr int besideWindow = 64;  // panels that tell nobody, and the frame
     const int most = screen()->availableGeometry().height() - besideWindow;
     const int wanted = m_form->layout()->hasHeightForWidth()
         ? m_form->layout()->totalHeightForWidth(m_width)
         : m_form->sizeHint().height();
-    setFixedSize(m_width, std::min(wanted, most));
+    const int beside = wanted > most ? m_scrollBar->sizeHint().width() : 0;
+    const int least = m_form->minimumSizeHint().width() + beside;
+    setFixedSize(std::max(m_width, least), std::min(wanted, most));
     if (isVisible())
         keepOnScreen();
 }

@@ -2,10 +2,12 @@
 
 #include <QDialog>
 
+class QScrollBar;
+
 namespace tidemark {
 
 /// A window for a form: as high as that, up to what the screen has room for; then it scrolls. Titled and closable
-/// only, and nobody resizes it.
+/// only, and nobody resizes it. Wider than it was meant to be only where large text leaves no choice.
 class FormWindow : public QDialog {
 public:
     /// `width` is in device-independent pixels. `form` belongs to the window then.
@@ -20,10 +22,11 @@ protected:
 
 private:
     void followForm();
-    void fitHeight();
+    void fit();
     void keepOnScreen();
 
     QWidget* m_form;
+    QScrollBar* m_scrollBar = nullptr;
     const int m_width;
 };
 

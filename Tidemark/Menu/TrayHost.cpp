@@ -48,6 +48,7 @@ TrayHost::~TrayHost()
 
 void TrayHost::start(std::chrono::milliseconds patience)
 {
+    m_isLooking = true;
     m_patience.setInterval(patience);
     if (QDBusConnection::sessionBus().isConnected()) {
         listen();
@@ -88,7 +89,15 @@ void TrayHost::ask()
 void TrayHost::answered(bool isRegistered)
 {
     if (isRegistered)
-        return settleFor(Kind::statusNotifier);
+        settleFor(Kind::statusNotifier);
+    else
+        nothingThere();
+    if (std::exchange(m_isLooking, false))
+        Q_EMIT looked();
+}
+
+void TrayHost::nothingThere()
+{
     if (m_didTellMissing || m_kind != Kind::none)
         return;
     m_didTellMissing = true;

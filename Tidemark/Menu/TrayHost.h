@@ -32,6 +32,10 @@ public:
     /// session may need `patience`.
     void start(std::chrono::milliseconds patience);
 
+    /// Whether it has begun to look and does not know yet whether there is a host of StatusNotifierItems, which is a
+    /// matter of milliseconds.
+    bool isLooking() const { return m_isLooking; }
+
     /// What was found so far.
     Kind kind() const { return m_kind; }
 
@@ -42,12 +46,16 @@ Q_SIGNALS:
     /// Once: there is none right now. One may come yet.
     void missing();
 
+    /// Once: it is no longer looking. After `found`, if that comes of it.
+    void looked();
+
 private Q_SLOTS:
     void ask();
 
 private:
     void listen();
     void answered(bool isRegistered);
+    void nothingThere();
     void patienceEnded();
     void settleFor(Kind kind);
 
@@ -55,6 +63,7 @@ private:
     bool nativeEventFilter(const QByteArray& type, void* message, qintptr* result) override;
 
     Kind m_kind = Kind::none;
+    bool m_isLooking = false;
     bool m_didTellMissing = false;
     bool m_takesEmbedding = false;  ///< No longer waits for something better.
     QTimer m_patience;

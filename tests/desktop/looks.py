@@ -30,6 +30,7 @@ BackgroundNormal=49,54,59
 ForegroundNormal=252,252,252
 """
 
+LARGE_FONT = "DejaVu Sans 20"
 _LARGE_TEXT = "[General]\nfont=DejaVu Sans,20,-1,5,50,0,0,0,0,0\n"
 
 _KDE = {"XDG_CURRENT_DESKTOP": "KDE", "KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": "5"}

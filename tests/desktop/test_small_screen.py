@@ -3,11 +3,14 @@
 import os
 import unittest
 
+import layout
 import looks
+import texts
 from desktop_case import DesktopCase
 from polling import until
 from x11_desktop import X11Desktop
 
+BRANDING = os.environ["TIDEMARK_BRANDING"]
 SETTINGS = "Tidemark Settings"
 WELCOME = "Welcome to Tidemark"
 
@@ -96,10 +99,29 @@ class SmallScreen(DesktopCase):
     def test_text_of_twice_the_size_fits_the_screen_at_the_first_start(self):
         window = self.start_with_large_text()
         self.check_that_it_is_on_the_screen(window)
+        self.check_that_everything_has_room(WELCOME, texts.ONBOARDING[1:])
 
     def test_text_of_twice_the_size_fits_the_screen_in_the_settings(self):
         self.start_with_large_text()
         self.check_that_large_settings_fit()
+        for folder in ("Downloads", "Desktop"):
+            self.desktop.click(*self.tidemark.find(f"Rules of {folder}").centre())
+            self.tidemark.find(f"Sort Markdown files, {folder}")
+        lines = texts.settings(BRANDING)
+        self.photograph("disclosed")
+        self.check_that_everything_has_room(
+            SETTINGS, set(lines) - {"Folders", "Markdown", "General", "About", "Access granted", BRANDING})
+
+    def check_that_everything_has_room(self, window, ordinary_texts):
+        """Headings and small print are in other fonts than the ordinary texts."""
+        def look():
+            nodes = self.tidemark.nodes(window)
+            return (layout.covered(nodes), layout.sticking_out(nodes),
+                    layout.cut(nodes, ordinary_texts, looks.LARGE_FONT))
+        shown = {node.name for node in self.tidemark.nodes(window)}
+        self.assertLessEqual(set(ordinary_texts), shown)
+        # What was disclosed is laid out a moment later.
+        until(lambda: look() == ([], [], []), f"everything has room: {look()}")
 
     def start_with_large_text(self):
         return self.start_large(environment=looks.large_text(self.tidemark))

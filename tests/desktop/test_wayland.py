@@ -106,10 +106,15 @@ class Wayland(WaylandCase):
         """Whether much more than an icon is different now."""
         now = self.desktop.path("tmp/now.png")
         self.desktop.photograph(now)
+        return self.difference(picture, now) > 10000
+
+    @staticmethod
+    def difference(before, now):
+        """How many points of two pictures differ."""
         # Pictures that differ make it fail, and their difference goes to the other stream.
-        done = subprocess.run(["compare", "-metric", "AE", picture, now, "null:"], capture_output=True, text=True,
+        done = subprocess.run(["compare", "-metric", "AE", before, now, "null:"], capture_output=True, text=True,
                               check=False)
-        return float(done.stderr) > 10000
+        return float(done.stderr)
 
     def test_without_a_tray_the_menu_stands_in_a_window(self):
         self.desktop.stop_panel()
@@ -130,6 +135,69 @@ class Wayland(WaylandCase):
             self.desktop.wait_for_window(SETTINGS)
 
         self.assertEqual(len(self.desktop.windows(SETTINGS)), 1)
+
+    def test_another_start_brings_covered_settings_to_the_front(self):
+        self.start()
+        self.tidemark.run()
+        place = self.desktop.wait_for_window(SETTINGS)["rect"]
+        self.desktop.move(0, self.desktop.size[1] - 1)
+        seen = self.photograph("in-front")
+        self.cover(place)
+        until(lambda: self.difference(seen, self.photograph("covered")) > 50000, "it is covered")
+
+        # As from a shell: nobody gives it the right to take the focus.
+        self.assertEqual(self.tidemark.run(environment={"XDG_ACTIVATION_TOKEN": None}).returncode, 0)
+
+        self.desktop.wait_for_window(SETTINGS)
+        self.assertEqual(self.desktop.windows_from_bottom()[-1], SETTINGS)
+        until(lambda: self.difference(seen, self.photograph("in-front-again")) < 10000, "all of it is seen again")
+        self.assertEqual(len(self.desktop.windows(SETTINGS)), 1)
+
+    def cover(self, place):
+        """Opens a window of another program that lies over that place, and has the keyboard."""
+        other = self.make_tidemark()
+        other.start()
+        self.desktop.wait_for_window(WELCOME)
+        window = f'[title="{WELCOME}"]'
+        self.desktop.order(window, "move", "absolute", "position", str(place["x"]), str(place["y"]))
+
+    # The menu window, by the keyboard
+
+    def open_menu_window(self):
+        self.desktop.stop_panel()
+        self.tidemark.write_settings()
+        self.tidemark.start()
+        self.desktop.wait_for_window(MENU)
+        until(lambda: self.focused() == "Sweep now" or self.desktop.press("Home"), "the first item has the focus")
+
+    def focused(self):
+        found = [node.name for node in self.tidemark.nodes(MENU) if node.has("focused")]
+        return found[-1] if found else None
+
+    def press_until_focused(self, key, name):
+        self.desktop.press(key)
+        until(lambda: self.focused() == name, f"{name!r} has the focus: {self.focused()!r}")
+
+    def test_arrow_keys_go_through_the_items_of_the_menu_window(self):
+        self.open_menu_window()
+        items = ["Pause sweeping", "Check for Updates…", "Settings…", "Quit Tidemark"]
+        for name in items:
+            self.press_until_focused("Down", name)
+        for name in ["Settings…", "Check for Updates…", "Pause sweeping", "Sweep now"]:
+            self.press_until_focused("Up", name)
+        self.photograph("focus")
+
+    def test_return_and_enter_choose_an_item_of_the_menu_window(self):
+        self.open_menu_window()
+        self.press_until_focused("Down", "Pause sweeping")
+        self.desktop.press("Return")
+        self.tidemark.wait_for_setting("isPaused", True)
+        self.tidemark.find("Resume sweeping")
+        self.assertEqual(self.focused(), "Resume sweeping")
+
+        self.desktop.press("KP_Enter")
+
+        self.tidemark.wait_for_setting("isPaused", False)
 
 
 if __name__ == "__main__":

@@ -168,6 +168,10 @@ class WaylandDesktop(Session):
     def windows(self, title):
         return [node for node in self._windows() if node["name"] == title and node["visible"]]
 
+    def windows_from_bottom(self):
+        """The titles of all windows on the screen, the one above all others last."""
+        return [node["name"] for node in self._windows() if node["visible"]]
+
     def wait_for_window(self, title):
         """The only window of that title, once it has the keyboard."""
         def find():
