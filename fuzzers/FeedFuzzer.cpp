@@ -4,6 +4,21 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <string_view>
+
+namespace {
+
+/// Whether the application, to which the updater announces what it has found, learns the same. Addresses are the same if
+/// they are asked for in the same way: QUrl tells "#" and "%23" in a fragment apart, but writes both as "%23".
+bool isKeptByAnnouncement(const tidemark::UpdateInfo& update, std::string_view currentVersion)
+{
+    using namespace tidemark;
+    const auto learned = Updater::updateIn(Updater::announcementOf(update), currentVersion);
+    return learned && learned->version == update.version && learned->notes == update.notes
+        && learned->downloadURL.toEncoded() == update.downloadURL.toEncoded();
+}
+
+}  // namespace
 
 /// Whatever a server sends as the update feed: it is read without harm, and what comes of it keeps its promises.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -18,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         && !Updater::isNewer(currentVersion, update->version);
     const bool isHttps =
         update->downloadURL.isValid() && update->downloadURL.scheme() == QStringLiteral("https");
-    if (!isNewer || !isHttps)
+    if (!isNewer || !isHttps || !isKeptByAnnouncement(*update, currentVersion))
         std::abort();
     return 0;
 }

@@ -3,7 +3,32 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
 namespace tidemark {
+
+namespace {
+
+/// By what clocks the timers of this process go, as the kernel tells.
+std::vector<int> clocksOfTimers()
+{
+    const std::string key = "clockid:";
+    std::vector<int> clocks;
+    for (const auto& entry : std::filesystem::directory_iterator{"/proc/self/fdinfo"}) {
+        std::ifstream info{entry.path()};
+        for (std::string line; std::getline(info, line);)
+            if (line.starts_with(key))
+                clocks.push_back(std::stoi(line.substr(key.size())));
+    }
+    return clocks;
+}
+
+}  // namespace
 
 class BootTimeCountdownTest : public testing::Test {
 protected:
@@ -58,6 +83,17 @@ TEST_F(BootTimeCountdownTest, DoesNotRingWhenItWasCancelled)
     other.start(Seconds{0.02}, [&] { isOver = true; });
     EXPECT_TRUE(runUntil([&] { return isOver; }));
     EXPECT_FALSE(rang);
+}
+
+TEST_F(BootTimeCountdownTest, GoesOnWhileTheMachineIsSuspended)
+{
+    const std::vector<int> before = clocksOfTimers();
+    const BootTimeCountdown countdown;
+    std::vector<int> clocks = clocksOfTimers();
+    for (const int clock : before)
+        clocks.erase(std::ranges::find(clocks, clock));
+    // No other clock of the kernel that goes steadily counts the time of a suspend.
+    EXPECT_EQ(clocks, std::vector<int>{CLOCK_BOOTTIME});
 }
 
 }  // namespace tidemark

@@ -33,7 +33,7 @@ class DesktopCase(unittest.TestCase):
         return super().run(result)
 
     def _has_failed(self):
-        return any(test is self for test, _ in self._result.failures + self._result.errors)
+        return any(getattr(test, "test_case", test) is self for test, _ in self._result.failures + self._result.errors)
 
     def setUp(self):
         self._photos = 0

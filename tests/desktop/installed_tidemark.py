@@ -54,8 +54,9 @@ class InstalledTidemark(Tidemark):
         return "".join([super().output(), *map(self.desktop.log, reports)])
 
     def work_files(self):
-        """What an update keeps while it is under way."""
-        folder = os.path.join(self.desktop.environment["TMPDIR"], f"tidemark-{os.geteuid()}")
+        """What an update keeps while it is under way, on the disks that the program sees."""
+        temporary = self.desktop.environment["TMPDIR"]
+        folder = f"/proc/{self.pid}/root{temporary}/tidemark-{os.geteuid()}"
         names = os.listdir(folder) if os.path.isdir(folder) else []
         return [name for name in names if name.startswith("qrv-update-")]
 

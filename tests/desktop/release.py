@@ -2,6 +2,7 @@
 
 import contextlib
 import hashlib
+import itertools
 import json
 import os
 import shutil
@@ -91,6 +92,16 @@ def copied(bundle):
 
 def with_entry(archive, name, content=b"planted", mode=0o100644):
     """The archive with one more entry, of that very name."""
+    return _with_entry(archive, name, mode, [content])
+
+
+def with_zeros(archive, name, size):
+    """The archive with one more file, which is much larger unpacked."""
+    block = bytes(1 << 20)
+    return _with_entry(archive, name, 0o100644, itertools.repeat(block, size // len(block)), zipfile.ZIP_DEFLATED)
+
+
+def _with_entry(archive, name, mode, content, compression=zipfile.ZIP_STORED):
     with tempfile.TemporaryDirectory() as place:
         file = os.path.join(place, "update.zip")
         with open(file, "wb") as stream:
@@ -98,8 +109,10 @@ def with_entry(archive, name, content=b"planted", mode=0o100644):
         entry = zipfile.ZipInfo(name)
         entry.create_system = 3  # Unix, which has modes
         entry.external_attr = mode << 16
-        with zipfile.ZipFile(file, "a") as changed:
-            changed.writestr(entry, content)
+        entry.compress_type = compression
+        with zipfile.ZipFile(file, "a") as changed, changed.open(entry, "w") as stream:
+            for piece in content:
+                stream.write(piece)
         return read(file)
 
 

@@ -6,138 +6,15 @@ import stat
 import tempfile
 import unittest
 
-import accessibility
-import private_mounts
 import release
 import texts
-from desktop_case import DesktopCase
-from installed_tidemark import InstalledTidemark
 from polling import until
 from release import MANIFEST, VERSION_A, VERSION_B
-from update_server import Authority, UpdateServer
-from x11_desktop import X11Desktop
-
-ALERT = "Tidemark"
-ARCHIVE = "/update.zip"
-CERTIFICATES = "/etc/ssl/certs"
-CHECK = "Check for Updates…"
+from update_case import ALERT, ARCHIVE, CHECK, UpdateCase
+from update_server import UpdateServer
 
 
-class Update(DesktopCase):
-    @classmethod
-    def make_desktop(cls):
-        return X11Desktop(size=(1024, 768))
-
-    @classmethod
-    def setUpClass(cls):
-        if not private_mounts.are_possible():
-            raise unittest.SkipTest("no mounts of one's own, with which a test authority would be trusted")
-        super().setUpClass()
-        cls.place = cls.desktop.path("maker")
-        os.makedirs(cls.place)
-        cls.authority = Authority(cls.place)
-        cls.bundles = {}
-        for version in (VERSION_A, VERSION_B):
-            release.make_tree(os.path.join(cls.place, f"tree-{version}"), version)
-            cls.bundles[version] = os.path.join(cls.make_release(version), "Tidemark.app")
-        cls.archive = release.read(os.path.join(cls.place, f"release-{VERSION_B}/update.zip"))
-
-    @classmethod
-    def make_release(cls, version, name="release", **maker):
-        output = os.path.join(cls.place, f"{name}-{version}")
-        release.make_bundle(os.path.join(cls.place, f"tree-{version}"), output, **maker)
-        return output
-
-    def setUp(self):
-        super().setUp()
-        self.server = self.start_server(self.authority)
-        self.tidemark.write_settings()
-
-    def start_server(self, authority):
-        server = UpdateServer(authority)
-        self.addCleanup(server.end)
-        return server
-
-    def make_tidemark(self):
-        made = InstalledTidemark(
-            self.desktop, f"{self._testMethodName}-{len(self._tidemarks)}", self.bundles[VERSION_A])
-        self._tidemarks.append(made)
-        return made
-
-    # What a user does and sees
-
-    def publish(self, archive, version=VERSION_B):
-        self.server.answer(ARCHIVE, archive)
-        self.server.announce(version, self.server.url(ARCHIVE))
-
-    def start(self, mounts=(), trusted=None, command=(), **environment):
-        mounts = [(trusted or self.authority.folder, CERTIFICATES), *mounts]
-        self.tidemark.launcher = [*private_mounts.launcher(mounts), *command]
-        feed = self.server.url(UpdateServer.FEED)
-        self.tidemark.start(environment={"TIDEMARK_TEST_FEED": feed} | environment)
-
-    def wait_for_alert(self, expected, photo):
-        """All that is written in the alert that is up, as a screen reader reads it."""
-        self.desktop.wait_for_window(ALERT)
-        until(lambda: sorted(self.shown()) == sorted(expected), f"the alert reads {expected}")
-        self.photograph(photo)
-
-    def shown(self):
-        return accessibility.texts(self.tidemark.nodes(ALERT))
-
-    def click(self, button):
-        self.desktop.click(*self.tidemark.find(button, "push button", ALERT).centre())
-
-    def accept(self, version=VERSION_B):
-        self.wait_for_alert(texts.new_version(version, VERSION_A), "new-version")
-        self.click("Install")
-
-    def close_alert(self):
-        self.click("OK")
-        self.desktop.wait_until_closed(ALERT)
-
-    def wait_for_version(self, version):
-        until(lambda: any(f" {version} " in text for text in self.tidemark.icon().texts()),
-              f"the menu tells version {version}")
-
-    # What has to be so in the end
-
-    def check_that_nothing_has_changed(self):
-        """It runs as before, of the bundle that was installed."""
-        self.assertEqual(release.snapshot(self.tidemark.bundle), self.tidemark.original)
-        self.assertEqual(os.listdir(os.path.dirname(self.tidemark.bundle)), ["Tidemark.app"])
-        self.assertEqual(self.tidemark.work_files(), [])
-        self.wait_for_version(VERSION_A)
-        self.assertEqual(self.desktop.processes(self.tidemark.program), [self.tidemark.pid])
-
-    def check_refusal(self, archive, version=VERSION_B):
-        """The update is offered and downloaded, and fails."""
-        self.publish(archive, version)
-        self.start()
-        self.accept(version)
-        self.wait_for_failure()
-        self.assertEqual(self.server.requests, [UpdateServer.FEED, ARCHIVE])
-
-    def wait_for_failure(self):
-        self.wait_for_alert(texts.UPDATE_FAILED, "update-failed")
-        self.close_alert()
-        self.check_that_nothing_has_changed()
-
-    def check_that_nothing_is_found(self):
-        """Silence at the start, and an answer to who asks."""
-        icon = self.tidemark.icon()
-        icon.choose(CHECK)
-        self.wait_for_alert(texts.up_to_date(VERSION_A), "up-to-date")
-        self.close_alert()
-        self.check_that_nothing_has_changed()
-
-    def check_that_it_is_new(self):
-        expected = release.contents(self.bundles[VERSION_B])
-        self.assertEqual(release.contents(self.tidemark.bundle), expected)
-        self.assertEqual(os.listdir(os.path.dirname(self.tidemark.bundle)), ["Tidemark.app"])
-        until(lambda: self.tidemark.work_files() == [], "nothing is left of the update")
-        self.wait_for_version(VERSION_B)
-
+class Update(UpdateCase):
     # The update
 
     def test_the_new_version_runs_with_the_settings_and_the_journal_of_the_old_one(self):
@@ -197,6 +74,38 @@ class Update(DesktopCase):
         self.assertEqual(len(self.tidemark.files("Desktop/Screenshots")), len(names))
         sweeps = self.tidemark.journal()["sweeps"]
         self.assertEqual([len(sweep["entries"]) for sweep in sweeps], [len(names)])
+
+    def check_that_it_is_installed_once(self, begin):
+        """While a panel's menu, which may be an old one, and the user try to begin it again."""
+        self.publish(self.archive)
+        self.start()
+        self.wait_for_alert(texts.new_version(VERSION_B, VERSION_A), "new-version")
+        self.server.may_answer.clear()
+
+        begin()
+
+        until(lambda: ARCHIVE in self.server.requests, "the download has begun")
+        icon = self.tidemark.icon()
+        until(lambda: icon.find("Installing update…"), "the menu tells of it")
+        for text in ("Installing update…", CHECK):
+            self.assertFalse(icon.find(text).is_enabled, text)
+            icon.click(icon.find(text))
+        self.assertEqual(self.desktop.windows(ALERT), [])
+        self.server.may_answer.set()
+        self.tidemark.follow_relaunch()
+        self.check_that_it_is_new()
+        self.assertEqual(self.server.requests[:2], [UpdateServer.FEED, ARCHIVE])
+        self.assertEqual(self.server.requests.count(ARCHIVE), 1)
+
+    def test_an_update_that_is_accepted_twice_is_installed_once(self):
+        def click_twice():
+            place = self.tidemark.find("Install", "push button", ALERT).centre()
+            self.desktop.click(*place)
+            self.desktop.click(*place)
+        self.check_that_it_is_installed_once(click_twice)
+
+    def test_an_update_that_is_chosen_in_the_menu_is_not_offered_any_more(self):
+        self.check_that_it_is_installed_once(lambda: self.tidemark.icon().choose(f"Update to {VERSION_B}"))
 
     def test_later_leaves_everything_as_it_is(self):
         self.publish(self.archive)
@@ -279,6 +188,11 @@ class Update(DesktopCase):
             manifest["files"][0]["path"] = "../outside"
         self.check_changed_bundle(lambda bundle: release.edit_manifest(bundle, name_outside))
 
+    def test_a_manifest_that_is_huge_is_refused_also_if_it_is_signed(self):
+        largest = 4 << 20
+        self.check_changed_bundle(lambda bundle: release.edit_manifest(
+            bundle, lambda manifest: manifest.update(more=" " * largest)))
+
     # What is in the archive
 
     def test_an_archive_without_a_bundle_at_its_top_level_is_refused(self):
@@ -304,59 +218,21 @@ class Update(DesktopCase):
         """Anywhere below the session's folder, which holds the homes and the temporary directory."""
         return any("planted" in files for _, _, files in os.walk(self.desktop.folder))
 
+    def test_an_archive_with_what_is_no_file_is_refused(self):
+        # What says that it is a pipe is taken for a file, also when it is unpacked.
+        kinds = {"a socket": stat.S_IFSOCK, "a device": stat.S_IFCHR, "a disk": stat.S_IFBLK}
+        self.check_refusals(
+            (name, release.with_entry(self.archive, "special", content=b"", mode=kind | 0o644))
+            for name, kind in kinds.items())
+
+    def test_an_archive_that_is_small_until_it_is_unpacked_is_refused(self):
+        largest = 1 << 30
+        archive = release.with_zeros(self.archive, "zeros", largest)
+        self.assertLess(len(archive), len(self.archive) + largest // 500)
+        self.check_refusal(archive)
+
     def test_an_archive_that_is_cut_off_is_refused(self):
         self.check_refusal(self.archive[:len(self.archive) // 2])
-
-    # What the server does
-
-    def test_an_archive_that_is_not_there_fails(self):
-        self.publish(self.archive)
-        self.server.answer(ARCHIVE, self.archive, status=404)
-        self.start()
-        self.accept()
-        self.wait_for_failure()
-        self.assertEqual(self.server.requests, [UpdateServer.FEED, ARCHIVE])
-
-    def test_an_archive_that_moved_to_http_fails(self):
-        plain = self.start_server(None)
-        plain.answer(ARCHIVE, self.archive)
-        self.publish(self.archive)
-        self.server.answer(ARCHIVE, b"", status=302, Location=plain.url(ARCHIVE))
-        self.start()
-        self.accept()
-        self.wait_for_failure()
-        self.assertEqual(plain.requests, [])
-
-    def test_an_archive_on_a_server_that_is_not_trusted_fails(self):
-        os.makedirs(self.tidemark.path("stranger"))
-        stranger = self.start_server(Authority(self.tidemark.path("stranger")))
-        stranger.answer(ARCHIVE, self.archive)
-        self.server.announce(VERSION_B, stranger.url(ARCHIVE))
-        self.start()
-        self.accept()
-        self.wait_for_failure()
-        self.assertEqual(stranger.requests, [])
-
-    def test_a_feed_on_a_server_that_is_not_trusted_is_not_believed(self):
-        self.publish(self.archive)
-        os.makedirs(self.tidemark.path("stranger"))
-        self.start(trusted=Authority(self.tidemark.path("stranger")).folder)
-        self.check_that_nothing_is_found()
-        self.assertEqual(self.server.requests, [])
-
-    def test_a_feed_that_leads_to_http_announces_nothing(self):
-        plain = self.start_server(None)
-        plain.answer(ARCHIVE, self.archive)
-        self.server.announce(VERSION_B, plain.url(ARCHIVE))
-        self.start()
-        self.check_that_nothing_is_found()
-        self.assertEqual(self.server.requests, [UpdateServer.FEED] * 2)
-
-    def test_a_server_that_is_not_there_announces_nothing(self):
-        self.publish(self.archive)
-        self.server.end()
-        self.start()
-        self.check_that_nothing_is_found()
 
     # Where it is installed
 
@@ -380,7 +256,35 @@ class Update(DesktopCase):
     def test_a_read_only_disk_is_told_of(self):
         self.check_read_only_location(mounts=[(None, os.path.dirname(self.tidemark.bundle))])
 
+    def test_a_place_that_a_package_manager_keeps_is_told_of(self):
+        managed = "/usr/games"  # any folder that is there
+        self.tidemark.program = os.path.join(managed, "Tidemark.app/bin/tidemark")
+        self.check_read_only_location(mounts=[(os.path.dirname(self.tidemark.bundle), managed)])
+
+    def test_a_folder_that_is_no_bundle_is_told_of(self):
+        """Such as that of a build."""
+        tree = os.path.join(self.place, f"tree-{VERSION_A}")
+        before = release.snapshot(tree)
+        self.tidemark.program = os.path.join(tree, "bin/tidemark")
+        self.check_read_only_location()
+        self.assertEqual(release.snapshot(tree), before)
+
     # The temporary directory
+
+    def check_full_disk(self, size):
+        self.publish(self.archive)
+        self.start(mounts=[(size, self.desktop.environment["TMPDIR"])])
+        self.accept()
+        self.wait_for_failure()
+        self.assertEqual(self.server.requests, [UpdateServer.FEED, ARCHIVE])
+
+    def test_a_disk_that_is_full_before_everything_is_downloaded_fails(self):
+        self.check_full_disk(len(self.archive) // 2)
+
+    def test_a_disk_that_is_full_before_everything_is_unpacked_fails(self):
+        unpacked = sum(os.path.getsize(os.path.join(parent, name))
+                       for parent, _, names in os.walk(self.bundles[VERSION_B]) for name in names)
+        self.check_full_disk(len(self.archive) + unpacked // 2)
 
     def test_a_temporary_directory_that_somebody_else_prepared_is_not_used(self):
         prepared, victim = self.tidemark.path("prepared"), self.tidemark.path("victim")

@@ -57,10 +57,14 @@ class _Handler(http.server.BaseHTTPRequestHandler):
         status, headers, body = served.answers.get(self.path, (404, {}, b"not here"))
         served.may_answer.wait()
         self.send_response(status)
-        for name, value in ({"Content-Length": str(len(body))} | headers).items():
+        if isinstance(body, bytes):
+            headers = {"Content-Length": str(len(body))} | headers
+            body = [body]
+        for name, value in headers.items():
             self.send_header(name, value)
         self.end_headers()
-        self.wfile.write(body)
+        for piece in body:
+            self.wfile.write(piece)
 
     def log_message(self, *_):
         pass
@@ -71,6 +75,10 @@ class _Server(http.server.ThreadingHTTPServer):
 
     def handle_error(self, request, client_address):
         pass  # whoever does not trust it hangs up
+
+
+def feed(version, url):
+    return {"version": version, "url": url, "notes": "What is new."}
 
 
 class UpdateServer:
@@ -97,11 +105,14 @@ class UpdateServer:
         return f"{self._scheme}://127.0.0.1:{self._server.server_port}{path}"
 
     def answer(self, path, body, status=200, **headers):
+        """`body` is bytes, or whatever has them piece by piece and leaves it open how many there will be."""
         self.answers[path] = (status, headers, body)
 
     def announce(self, version, url):
-        feed = {"version": version, "url": url, "notes": "What is new."}
-        self.answer(self.FEED, json.dumps(feed).encode())
+        self.answer_feed(feed(version, url))
+
+    def answer_feed(self, content, status=200):
+        self.answer(self.FEED, json.dumps(content).encode(), status)
 
     def end(self):
         self.may_answer.set()
