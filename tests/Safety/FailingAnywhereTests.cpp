@@ -1,5 +1,7 @@
 #include "SafetyFixture.h"
 
+#include <gmock/gmock.h>
+
 #include <cerrno>
 #include <cstring>
 #include <functional>

@@ -2,6 +2,8 @@
 #include "SafetyFixture.h"
 #include "TemporaryFolder.h"
 
+#include <gmock/gmock.h>
+
 #include <sys/mount.h>
 #include <unistd.h>
 
