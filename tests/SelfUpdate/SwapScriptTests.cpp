@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -345,6 +346,32 @@ TEST(SwapScript, OneOfManyForOneBundleWins)
     EXPECT_TRUE(runUntil([&] {
         return swap.names() == std::vector<std::string>{"Tidemark.app", "Tidemark.app.started"};
     }));
+}
+
+TEST(SwapScript, TouchesNothingWhileAnotherHasTheLock)
+{
+    Swap swap;
+    swap.application().end();
+    std::string text = SwapScript::text(swap.application().id());
+    const std::string wait = "flock -w 600";
+    ASSERT_NE(text.find(wait), std::string::npos);
+    text.replace(text.find(wait), wait.size(), "flock -w 0");
+    swap.root().write("tmp/other.sh", text);
+    swap.root().write("Applications/Tidemark.app.new/half", "the other's");
+    swap.root().write("Applications/Tidemark.app.bak/old", "the other's");
+    const int lock = ::open(swap.path("").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_EQ(::flock(lock, LOCK_EX), 0);
+
+    const pid_t script =
+        Subprocess::start({"/bin/sh", swap.root().path("tmp/other.sh"),
+                              swap.newBundle().url().path(), swap.installed().url().path()},
+            Subprocess::Session::own);
+    EXPECT_EQ(swap.finish(script), "1.2 \n");
+
+    EXPECT_EQ(swap.installed().snapshot(), swap.before());
+    EXPECT_EQ(swap.root().read("Applications/Tidemark.app.new/half"), "the other's");
+    EXPECT_EQ(swap.root().read("Applications/Tidemark.app.bak/old"), "the other's");
+    ::close(lock);
 }
 
 TEST(SwapScript, GoesOnWhenItIsAskedToEndInTheMiddle)

@@ -41,7 +41,7 @@ bool isOnReadOnlyFileSystem(const FileURL& url)
 
 bool isWritable(const FileURL& folder)
 {
-    return ::faccessat(AT_FDCWD, systemPath(folder), W_OK | X_OK, AT_EACCESS) == 0;
+    return ::faccessat(AT_FDCWD, systemPath(folder), R_OK | W_OK | X_OK, AT_EACCESS) == 0;
 }
 
 /// In a sticky folder, such as /tmp, only its owner renames an entry.

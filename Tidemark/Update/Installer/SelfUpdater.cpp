@@ -113,7 +113,7 @@ std::shared_ptr<const SelfUpdater::Places> SelfUpdater::prepare() const
         throw UpdateError{UpdateError::Case::unpack, "cannot run " + m_options.archiveTool};
     const FileURL temporary =
         m_options.temporaryDirectory ? *m_options.temporaryDirectory : TemporaryDirectory::folder();
-    const auto places = std::make_shared<const Places>(temporary, m_options.process);
+    auto places = std::make_shared<const Places>(temporary, m_options.process);
     requireNoSwap(places->script);
     UpdateLeftovers::removeTree(places->work);
     makeFolder(places->work);
@@ -207,8 +207,8 @@ void SelfUpdater::finish(std::exception_ptr failure)
     m_download.reset();
     m_session.reset();
     m_worker.reset();
-    const Done done = std::exchange(m_done, {});
-    done(std::move(failure));
+    if (const Done done = std::exchange(m_done, {}))
+        done(std::move(failure));
 }
 
 }  // namespace tidemark

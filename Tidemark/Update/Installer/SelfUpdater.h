@@ -64,7 +64,7 @@ public:
     void install(const UpdateInfo& update, Progress progress, Done done) override;
 
     /// Ends what is under way; `done` is not called any more. Does not wait for the network. Returns whether it came
-    /// too late, so that the swap waits for the application's end.
+    /// too late, so that the swap waits for the application's end. Nothing can be installed afterwards.
     bool cancel();
 
 private:

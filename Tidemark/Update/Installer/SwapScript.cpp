@@ -96,19 +96,21 @@ while kill -0 )"
         + R"(/status; do sleep 0.2; done
 trap '' HUP INT TERM
 swap() {
-  flock -w 600 9 && cmp -s "$2/Info.json" "${0%.sh}/Info.json" &&
+  cmp -s "$2/Info.json" "${0%.sh}/Info.json" &&
   rm -rf "$2.new" && cp -aT "$1" "$2.new" && sync -f "$2.new" &&
   rm -rf "$2.bak" && mv -T "$2" "$2.bak" && mv -T "$2.new" "$2"
 }
 {
-  if swap "$1" "$2"; then
+  if ! flock -w 600 9; then
+    :
+  elif swap "$1" "$2"; then
     sync -f "$2"
     rm -rf "$2.bak"
   else
     [ -d "$2.bak" ] && [ ! -d "$2" ] && mv -T "$2.bak" "$2"
     rm -rf "$2.new"
   fi
-} 9<"${2%/*}" 2>/dev/null
+} 9<"${2%/*}/" 2>/dev/null
 rm -rf "${0%.sh}" "$0"
 trap - HUP INT TERM
 setsid -f "$2/bin/tidemark" </dev/null >/dev/null 2>&1)";

@@ -2,10 +2,10 @@
 
 #include "SystemCall.h"
 
-#include <signal.h>
 #include <sys/stat.h>
 
 #include <charconv>
+#include <csignal>
 #include <ctime>
 #include <optional>
 #include <string>

@@ -7,11 +7,11 @@
 
 #include <QCoreApplication>
 
-#include <signal.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
 #include <charconv>
+#include <csignal>
 #include <cstdio>
 #include <span>
 #include <string>
@@ -39,14 +39,25 @@ pid_t processIn(const std::string& text)
     return error == std::errc{} && rest == end ? process : 0;
 }
 
-/// The application holds signals back, and who it starts inherits that. A reader that is gone is no reason to end
-/// without tidying up.
+/// Whatever the application holds back, which who it starts inherits. A reader that is gone is no reason to end without
+/// tidying up.
 void takeSignals()
 {
     sigset_t none;
     ::sigemptyset(&none);
     ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
     ::signal(SIGPIPE, SIG_IGN);
+}
+
+/// For EndSignals, which puts back what was before: a second one, such as a terminal's and then the application's, does
+/// not end the process while it tidies up. The application waits for that only so long.
+void holdEndSignals()
+{
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    for (const int each : {SIGINT, SIGTERM, SIGHUP})
+        ::sigaddset(&signals, each);
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
 /// Whatever ends the application, nobody waits for this process any more: it gets `signal` then. False if that has
@@ -66,8 +77,11 @@ int run(std::span<const char* const> arguments)
     const std::string version = arguments[2];
     if (work == "check" && followToTheEnd(application, SIGKILL))
         FeedReader::run(version);
-    if (work == "install" && followToTheEnd(application, SIGTERM))
-        return InstallRun::run(application, version);
+    if (work == "install") {
+        holdEndSignals();
+        if (followToTheEnd(application, SIGTERM))
+            return InstallRun::run(application, version);
+    }
     return refuse();
 }
 
