@@ -41,11 +41,12 @@ void run(const std::string& runningVersion)
     const MemoryLimit limit;
     bool isPrinted = true;
     QNetworkAccessManager session;
-    const auto check = Updater::check(QUrl{QString::fromStdString(UpdateAddresses::feed())},
-        runningVersion, session, [&isPrinted](const std::optional<UpdateInfo>& update) {
-            isPrinted = !update || print(*update);
-            QCoreApplication::quit();
-        });
+    [[maybe_unused]] const auto check =
+        Updater::check(QUrl{QString::fromStdString(UpdateAddresses::feed())}, runningVersion,
+            session, [&isPrinted](const std::optional<UpdateInfo>& update) {
+                isPrinted = !update || print(*update);
+                QCoreApplication::quit();
+            });
     QCoreApplication::exec();
     isPrinted = std::fflush(stdout) == 0 && isPrinted;
     // Qt would wait at its end for a name server that still owes an answer.
