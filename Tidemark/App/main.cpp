@@ -62,19 +62,6 @@ void endInsteadOfAborting(QtMsgType type, const QMessageLogContext& context, con
         ::_exit(exitFailed);
 }
 
-/// Keeps the signals that end the process from other threads, which the toolkit starts before they can be
-/// waited for.
-sigset_t holdEndSignals()
-{
-    sigset_t signals;
-    sigset_t before;
-    ::sigemptyset(&signals);
-    for (const int each : {SIGINT, SIGTERM, SIGHUP})
-        ::sigaddset(&signals, each);
-    ::pthread_sigmask(SIG_BLOCK, &signals, &before);
-    return before;
-}
-
 /// Whoever starts it by a click sees no terminal.
 int tellFailure(const std::string& reason, const LaunchOptions& options)
 {
@@ -174,7 +161,8 @@ int run(int& argc, char** argv, const LaunchOptions& options)
 {
     const HandOver handOver{
         .options = options, .activationToken = qgetenv("XDG_ACTIVATION_TOKEN").toStdString()};
-    const sigset_t before = holdEndSignals();
+    // From other threads as well, which the toolkit starts before they can be waited for.
+    const sigset_t before = EndSignals::hold();
     const QApplication application{argc, argv};
     // That takes about as long as to load what there is.
     const std::jthread connecting{[] { QDBusConnection::sessionBus(); }};

@@ -57,6 +57,11 @@ EndSignals::~EndSignals()
     ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr);
 }
 
+sigset_t EndSignals::hold()
+{
+    return block(endSignals());
+}
+
 bool EndSignals::isPending() const
 {
     struct pollfd signals {

@@ -2,6 +2,7 @@
 //
 //   tidemark-updater check PROCESS VERSION
 //   tidemark-updater install PROCESS VERSION
+#include "EndSignals.h"
 #include "FeedReader.h"
 #include "InstallRun.h"
 
@@ -49,17 +50,6 @@ void takeSignals()
     ::signal(SIGPIPE, SIG_IGN);
 }
 
-/// For EndSignals, which puts back what was before: a second one, such as a terminal's and then the application's, does
-/// not end the process while it tidies up. The application waits for that only so long.
-void holdEndSignals()
-{
-    sigset_t signals;
-    ::sigemptyset(&signals);
-    for (const int each : {SIGINT, SIGTERM, SIGHUP})
-        ::sigaddset(&signals, each);
-    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-}
-
 /// Whatever ends the application, nobody waits for this process any more: it gets `signal` then. False if that has
 /// ended already, or is another one.
 bool followToTheEnd(pid_t application, int signal)
@@ -78,7 +68,8 @@ int run(std::span<const char* const> arguments)
     if (work == "check" && followToTheEnd(application, SIGKILL))
         FeedReader::run(version);
     if (work == "install") {
-        holdEndSignals();
+        // A second one, such as the application's after a terminal's, does not end the process while it tidies up.
+        EndSignals::hold();
         if (followToTheEnd(application, SIGTERM))
             return InstallRun::run(application, version);
     }
