@@ -51,11 +51,12 @@ std::string readUpTo(
     constexpr std::size_t padding = 128;
     std::string content;
     content.reserve(std::min(expected, maxBytes) + padding);
+    // One byte more than expected, so that the end shows without more room, which would mean a copy.
+    content.resize(std::min(maxBytes, expected + 1));
     std::size_t size = 0;
     while (size < maxBytes) {
-        // One byte more than expected, so that the end shows without another round.
-        const std::size_t wanted = size == 0 ? expected + 1 : size + std::max(step, size / 2);
-        content.resize(std::min(maxBytes, wanted));
+        if (size == content.size())
+            content.resize(std::min(maxBytes, size + std::max(step, size / 2)));
         const ssize_t got = uninterrupted(
             [&] { return ::read(file.get(), content.data() + size, content.size() - size); });
         if (got < 0)
