@@ -144,7 +144,7 @@ TEST(JournalStore, ReadsBackPathsOfEveryKind)
 {
     Journal journal = exampleJournal();
     journal.sweeps[0].entries.clear();
-    for (const char* path : {"/a b", "/\"quoted\"\\", "/new\nline\ttab", "/Grüße 🌊/\u2028", "/%20",
+    for (const char* path : {"/a b", R"(/"quoted"\)", "/new\nline\ttab", "/Grüße 🌊/\u2028", "/%20",
              "/\x01\x7f", "/.hidden", "/"})
         journal.sweeps[0].entries.push_back(entry(Op::rename, path, path));
     InMemoryFileManager disk;
@@ -275,7 +275,7 @@ TEST(JournalStore, LoadsTheTextOfAFileThatAnotherProgramLaidOut)
              Row{"a member twice",
                  replaced(example, "\"op\" : \"archive\"",
                      "\"op\" : \"move\",\n          \"op\" : \"archive\"")},
-             Row{"an escaped slash", replaced(example, "/Users", "\\/Users")},
+             Row{"an escaped slash", replaced(example, "/Users", R"(\/Users)")},
              Row{"an escaped letter", replaced(example, "/Users", "/\\u0055sers")},
              Row{"an escaped control character", replaced(example, "/Users", "/\\u0001Users")},
              Row{"a small UUID", replaced(example, "0F1E2D3C", "0f1e2d3c")},

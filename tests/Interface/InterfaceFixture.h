@@ -15,13 +15,14 @@ namespace tidemark {
 
 /// A model with the application's face on it, on a screen that nobody sees.
 class InterfaceTest : public ModelTest {
-protected:
+public:
     ~InterfaceTest() override
     {
         m_app.reset();
         m_model.reset();
     }
 
+protected:
     /// A model whose check at launch is under way.
     AppModel& startWithUpdates();
 

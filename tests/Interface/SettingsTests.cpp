@@ -15,6 +15,8 @@
 #include <QTest>
 #include <QToolButton>
 
+#include <algorithm>
+
 namespace tidemark {
 
 using testing::Contains;
@@ -41,7 +43,7 @@ protected:
     template <typename Widget>
     Widget& named(const char* name)
     {
-        Widget* widget = findNamed<Widget>(window(), name);
+        auto* widget = findNamed<Widget>(window(), name);
         if (!widget)
             throw std::runtime_error{std::string{"nothing is called "} + name};
         return *widget;
@@ -233,9 +235,9 @@ TEST_F(SettingsWindowTest, ItIs480WideAndCannotBeResized)
 
 TEST_F(SettingsWindowTest, With200FoldersItFitsTheScreenAndStaysQuick)
 {
-    std::vector<std::string> folders;
-    for (int number = 0; number < 200; ++number)
-        folders.push_back("folder" + std::to_string(number));
+    std::vector<std::string> folders(200);
+    std::ranges::generate(
+        folders, [number = 0]() mutable { return "folder" + std::to_string(number++); });
     open(watching(folders, AppModel::defaultRules()));
     EXPECT_LE(window().height(), window().screen()->availableGeometry().height());
     EXPECT_EQ(allOf<FolderGroup>(window()).size(), 200U);

@@ -13,9 +13,10 @@ namespace tidemark {
 using testing::ElementsAre;
 
 class UpdateAlertPanelTest : public InterfaceTest {
-protected:
+public:
     ~UpdateAlertPanelTest() override { m_model.reset(); }
 
+protected:
     void show(const UpdateAlert& alert)
     {
         m_answers.clear();
@@ -26,8 +27,10 @@ protected:
     std::vector<std::string> buttons()
     {
         runPending();
+        const QList<QAbstractButton*> shown = box().buttons();
         std::vector<QPushButton*> all;
-        for (QAbstractButton* button : box().buttons())
+        all.reserve(static_cast<std::size_t>(shown.size()));
+        for (QAbstractButton* button : shown)
             all.push_back(qobject_cast<QPushButton*>(button));
         std::ranges::sort(all, {}, [](const QPushButton* button) { return button->x(); });
         std::vector<std::string> texts;

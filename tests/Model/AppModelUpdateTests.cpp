@@ -28,9 +28,10 @@ UpdateInfo version(const std::string& number)
 }  // namespace
 
 class AppModelUpdates : public ModelTest {
-protected:
+public:
     ~AppModelUpdates() override { m_model.reset(); }
 
+protected:
     void start(bool hasOnboarded = true)
     {
         Settings settings = watching({"in"}, {filingPapers()});
@@ -548,7 +549,7 @@ TEST(UserDefaultsTest, RemembersTextsAsTheyAre)
 {
     const TemporaryFolder folder;
     const FileURL file = folder.url("deep/Tidemark.conf");
-    for (const char* text : {"1.3", "", " a, \"b\"; c=d\\n ", "@Invalid()", "Größe №1", "%20"}) {
+    for (const char* text : {"1.3", "", R"( a, "b"; c=d\n )", "@Invalid()", "Größe №1", "%20"}) {
         UserDefaults{file}.set("qrv.update.promptedVersion", text);
         EXPECT_THAT(
             UserDefaults{file}.string("qrv.update.promptedVersion"), Optional(std::string{text}));

@@ -58,7 +58,7 @@ TEST(FileFacts, DatesAreTheKernels)
         std::vector<std::int64_t>{-1'000'000'000, 0, 1'000'000'000, 4'000'000'000}) {
         setDates(file, moment, moment + 10);
         const FileFacts facts = FileFactsReader::facts(file);
-        const double seconds = static_cast<double>(moment);
+        const auto seconds = static_cast<double>(moment);
         EXPECT_EQ(facts.lastOpened, Date{Seconds{seconds + 0.5}});
         EXPECT_EQ(facts.modified, Date{Seconds{seconds + 10.25}});
     }

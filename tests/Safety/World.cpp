@@ -31,10 +31,9 @@ constexpr timespec longAgo = {.tv_sec = 1'600'000'000, .tv_nsec = 123'000'000};
 
 std::string contentOf(const std::string& relative)
 {
-    const std::string content = "this was " + relative + '\n';
-    if (!relative.ends_with(".md"))
-        return content;
-    return "---\ntitle: Trip\ndate: 2024-05-03\n---\n" + content;
+    const std::string frontMatter =
+        relative.ends_with(".md") ? "---\ntitle: Trip\ndate: 2024-05-03\n---\n" : "";
+    return frontMatter + "this was " + relative + '\n';
 }
 
 std::string read(const std::string& path)
