@@ -1,11 +1,9 @@
+#include "LoopMount.h"
 #include "PrivateMounts.h"
 #include "SafetyFixture.h"
 #include "TemporaryFolder.h"
 
 #include <gmock/gmock.h>
-
-#include <sys/mount.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -129,38 +127,6 @@ TEST(FullDisk, ATmpfsWithTheJournalLosesNothing)
         tryEveryRoom(place, fullDisk(place));
     });
 }
-
-bool succeeds(const std::string& command)
-{
-    return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
-}
-
-/// A file system in a file, mounted for everybody; only root may do that.
-class LoopMount {
-public:
-    /// `make` is the command that formats the file whose name is added to it.
-    LoopMount(const TemporaryFolder& folder, const std::string& size, const std::string& make)
-        : m_at(folder.makeFolder("mnt").path())
-    {
-        const std::string image = folder.path("image");
-        m_isMounted = ::geteuid() == 0 && succeeds("truncate -s " + size + ' ' + image)
-            && succeeds(make + ' ' + image) && succeeds("mount -o loop " + image + ' ' + m_at);
-    }
-    ~LoopMount()
-    {
-        if (m_isMounted)
-            ::umount2(m_at.c_str(), MNT_DETACH);
-    }
-    LoopMount(const LoopMount&) = delete;
-    LoopMount& operator=(const LoopMount&) = delete;
-
-    bool isMounted() const { return m_isMounted; }
-    const std::string& path() const { return m_at; }
-
-private:
-    std::string m_at;
-    bool m_isMounted = false;
-};
 
 TEST(FullDisk, AnExt4WithTheJournalLosesNothing)
 {
