@@ -77,13 +77,18 @@ Mount mountOf(const FileURL& folder)
     return {status.stx_dev_major, status.stx_dev_minor, tells ? status.stx_mnt_id : 0};
 }
 
-/// The highest folder above `url` on the same file system and mount.
-FileURL topOfFileSystem(const FileURL& url)
+/// Where the file system of `url` is mounted; nothing where it begins within a mount, as a subvolume of btrfs
+/// does: no other program would look for a trash there.
+std::optional<FileURL> mountPointAbove(const FileURL& url)
 {
     FileURL top = url.parent();
     const Mount mount = mountOf(top);
-    while (top.path() != "/" && mountOf(top.parent()) == mount)
+    while (top.path() != "/") {
+        const Mount above = mountOf(top.parent());
+        if (above != mount)
+            return mount.id != 0 && above.id == mount.id ? std::nullopt : std::optional{top};
         top = top.parent();
+    }
     return top;
 }
 
@@ -147,17 +152,19 @@ std::optional<Place> placeAtTop(const FileURL& top, const FileURL& folder, OwnCh
 
 std::vector<Place> placesBeside(const Item& item)
 {
-    const FileURL top = topOfFileSystem(item.realURL);
     std::vector<Place> places;
-    const FileURL shared = top.appending(".Trash");
+    const std::optional<FileURL> top = mountPointAbove(item.realURL);
+    if (!top)
+        return places;
+    const FileURL shared = top->appending(".Trash");
     if (isSharedTrash(shared)) {
         if (std::optional<Place> place =
-                placeAtTop(top, shared.appending(userID()), item.ownChanges))
+                placeAtTop(*top, shared.appending(userID()), item.ownChanges))
             places.push_back(std::move(*place));
     }
     if (places.empty()) {
-        const FileURL personal = top.appending(".Trash-" + userID());
-        if (std::optional<Place> place = placeAtTop(top, personal, item.ownChanges))
+        const FileURL personal = top->appending(".Trash-" + userID());
+        if (std::optional<Place> place = placeAtTop(*top, personal, item.ownChanges))
             places.push_back(std::move(*place));
     }
     return places;

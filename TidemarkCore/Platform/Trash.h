@@ -7,8 +7,8 @@ namespace tidemark {
 
 /// The user's Trash as all desktops share it (freedesktop.org Trash specification 1.0).
 ///
-/// A file goes into the home trash when that is on its own file system, else into the trash at the top of
-/// its file system ("$topdir/.Trash/$uid" or "$topdir/.Trash-$uid"), else across file systems into the home
+/// A file goes into the home trash when that is on its own file system, else into the trash where its file
+/// system is mounted ("$topdir/.Trash/$uid" or "$topdir/.Trash-$uid"), else across file systems into the home
 /// trash. In a trash it lies in the folder "files", and its record, with origin and date, in "info". Safe
 /// from any thread and beside other programs.
 class Trash {

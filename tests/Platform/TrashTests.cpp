@@ -2,6 +2,7 @@
 
 #include "Date.h"
 #include "LinuxFileManager.h"
+#include "LoopMount.h"
 #include "PrivateMounts.h"
 #include "ScopedEnvironment.h"
 #include "TemporaryFolder.h"
@@ -467,6 +468,21 @@ TEST_F(TrashOnAnotherFileSystem, ASecondMountOfTheSameDiskHasATrashOfItsOwn)
         EXPECT_EQ(m_folder.read("again/.Trash-" + userID() + "/files/file"), "content");
         EXPECT_THAT(m_folder.names("home/Trash/info"), IsEmpty());
     });
+}
+
+TEST_F(TrashTest, ASubvolumeHasNoneOfItsOwn)
+{
+    const LoopMount mount{m_folder, "128M", "mkfs.btrfs -q"};
+    if (!mount.isMounted() || !succeeds("btrfs subvolume create " + mount.path() + "/sub"))
+        GTEST_SKIP() << "no btrfs in a file can be mounted here: not root, no loop device, or a "
+                        "kernel without btrfs";
+    const FileURL file = m_folder.write("mnt/sub/file", "content");
+    const FileURL place = Trash{m_folder.url("mnt/home/Trash")}.moveIn(file);
+    // Another file system, and yet not mounted there: where other programs look for trashes it is not.
+    EXPECT_EQ(place, m_folder.url("mnt/home/Trash/files/file"));
+    EXPECT_EQ(m_folder.read("mnt/home/Trash/files/file"), "content");
+    EXPECT_EQ(line(m_folder.read("mnt/home/Trash/info/file.trashinfo"), 1), "Path=" + file.path());
+    EXPECT_THAT(m_folder.names("mnt/sub"), IsEmpty());
 }
 
 TEST_F(TrashOnAnotherFileSystem, AFileThatComesOutOfItsTrashTakesTheRecordAway)

@@ -1,17 +1,16 @@
+#include "LoopMount.h"
 #include "PrivateMounts.h"
 #include "SafetyFixture.h"
 #include "TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
-#include <sys/mount.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <stdexcept>
 
 namespace tidemark {
 namespace {
@@ -41,15 +40,35 @@ void fillUp(const std::string& folder, std::uintmax_t room)
     filler.close();
 }
 
-/// Whether the work was done. Nothing may be lost, whatever there is room for.
-bool isDoneWithoutLoss(World& world, const std::string& full, std::uintmax_t room)
+/// How room is made scarce for a while, and how much of it is tried.
+struct Shortage {
+    std::function<void(std::uintmax_t room)> begin;
+    std::function<void()> end;
+    std::uintmax_t most;
+    std::uintmax_t step;  ///< Of the short form; the long one takes a third.
+    std::string reason;  ///< What is told, at least once.
+    std::string counted;
+};
+
+Shortage fullDisk(const std::string& full)
+{
+    return {.begin = [full](std::uintmax_t room) { fillUp(full, room); },
+        .end = [full] { fs::remove(full + "/filler.bin"); },
+        .most = std::uintmax_t{48} * 1024,
+        .step = std::uintmax_t{12} * 1024,
+        .reason = "No space left on device",
+        .counted = "full disks"};
+}
+
+/// What the work came to. Nothing may be lost, whatever there is room for.
+TracedOutcome workWithoutLoss(World& world, const Shortage& shortage, std::uintmax_t room)
 {
     SCOPED_TRACE(
         testing::Message() << world.scenario().name << " with room for " << room << " bytes");
     world.reset();
-    fillUp(full, room);
-    const TracedOutcome outcome = world.run([](const TracedCall&) { return CallVerdict{}; });
-    fs::remove(full + "/filler.bin");
+    shortage.begin(room);
+    TracedOutcome outcome = world.run([](const TracedCall&) { return CallVerdict{}; });
+    shortage.end();
     EXPECT_FALSE(outcome.didHang);
     EXPECT_THAT(outcome.status, AnyOf(0, 1)) << outcome.error;
     if (outcome.status == 0)
@@ -58,26 +77,28 @@ bool isDoneWithoutLoss(World& world, const std::string& full, std::uintmax_t roo
         EXPECT_THAT(outcome.error, AnyOf(HasSubstr(world.place()), HasSubstr("~/")));
     const Leftovers leftovers = world.check();
     world.bringBack(leftovers, false);
-    return outcome.status == 0;
+    return outcome;
 }
 
-/// Every amount of room from none to plenty, on the disk that is moved to and on the one with the journal.
-void tryEveryRoom(const std::string& place, const std::string& full)
+/// Every amount of room from none to plenty.
+void tryEveryRoom(const std::string& place, const Shortage& shortage)
 {
-    constexpr std::uintmax_t most = 48 * 1024;
-    const std::uintmax_t step = wantsLongTests() ? 4096 : 12 * 1024;
+    const std::uintmax_t step = wantsLongTests() ? shortage.step / 3 : shortage.step;
     std::size_t tried = 0;
     std::size_t done = 0;
+    std::size_t told = 0;
     for (const char* command : {"sweep", "undo"}) {
         World world{place, across(command)};
-        for (std::uintmax_t room = 0; room <= most; room += step) {
-            done += isDoneWithoutLoss(world, full, room) ? 1U : 0U;
+        for (std::uintmax_t room = 0; room <= shortage.most; room += step) {
+            const TracedOutcome outcome = workWithoutLoss(world, shortage, room);
+            done += outcome.status == 0 ? 1U : 0U;
+            told += outcome.error.find(shortage.reason) != std::string::npos ? 1U : 0U;
             ++tried;
         }
     }
     EXPECT_GT(done, 0U) << "there never was enough room";
-    EXPECT_LT(done, tried) << "the disk never was full";
-    printCounts(std::to_string(tried) + " full disks");
+    EXPECT_GT(told, 0U) << "there always was enough room";
+    printCounts(std::to_string(tried) + ' ' + shortage.counted);
 }
 
 TEST(FullDisk, ATmpfsToMoveToLosesNothing)
@@ -88,7 +109,7 @@ TEST(FullDisk, ATmpfsToMoveToLosesNothing)
     place.makeFolder("disk");
     testWithPrivateMounts([&] {
         mountMemory(place.path("disk"), "size=256k");
-        tryEveryRoom(place.path(), place.path("disk"));
+        tryEveryRoom(place.path(), fullDisk(place.path("disk")));
     });
 }
 
@@ -103,51 +124,67 @@ TEST(FullDisk, ATmpfsWithTheJournalLosesNothing)
         const std::string place = outside.path("small/place");
         fs::create_directories(place + "/disk");
         mountMemory(place + "/disk");
-        tryEveryRoom(place, place);
+        tryEveryRoom(place, fullDisk(place));
     });
 }
-
-/// An ext4 file system in a file, mounted for everybody; only root may do that.
-class LoopMount {
-public:
-    explicit LoopMount(const TemporaryFolder& folder)
-        : m_at(folder.makeFolder("mnt").path())
-    {
-        const std::string image = folder.path("image");
-        const std::string quiet = " >/dev/null 2>&1";
-        m_isMounted = ::geteuid() == 0 && run("truncate -s 4M " + image)
-            && run("mkfs.ext4 -q -O ^has_journal -m 0 " + image + quiet)
-            && run("mount -o loop " + image + ' ' + m_at + quiet);
-    }
-    ~LoopMount()
-    {
-        if (m_isMounted)
-            ::umount2(m_at.c_str(), MNT_DETACH);
-    }
-    LoopMount(const LoopMount&) = delete;
-    LoopMount& operator=(const LoopMount&) = delete;
-
-    bool isMounted() const { return m_isMounted; }
-    const std::string& path() const { return m_at; }
-
-private:
-    static bool run(const std::string& command) { return std::system(command.c_str()) == 0; }
-
-    std::string m_at;
-    bool m_isMounted = false;
-};
 
 TEST(FullDisk, AnExt4WithTheJournalLosesNothing)
 {
     if (const auto reason = TracedProcess::whyNotPossible())
         GTEST_SKIP() << *reason;
     const TemporaryFolder outside;
-    const LoopMount mount{outside};
+    const LoopMount mount{outside, "4M", "mkfs.ext4 -q -O ^has_journal -m 0"};
     if (!mount.isMounted())
         GTEST_SKIP() << "no file system in a file can be mounted here: not root, or no loop device";
     const std::string place = mount.path() + "/place";
     fs::create_directories(place + "/disk");
-    tryEveryRoom(place, place);
+    tryEveryRoom(place, fullDisk(place));
+}
+
+/// A subvolume may hold no more than `room` bytes. Btrfs sets whole nodes aside for what a call may come to, so
+/// that quite some room is needed for the smallest file.
+Shortage quota(const std::string& mount, const std::string& subvolume)
+{
+    // By its number, from outside: through its path the command would itself be held to the limit.
+    const std::string group = " 0/$(btrfs inspect-internal rootid " + subvolume + ") ";
+    const auto limitTo = [=](const std::string& size) {
+        if (!succeeds("btrfs qgroup limit " + size + group + mount))
+            throw std::runtime_error{"cannot limit " + subvolume};
+    };
+    return {.begin = [=](std::uintmax_t room) { limitTo(std::to_string(room)); },
+        .end = [=] { limitTo("none"); },
+        .most = std::uintmax_t{96} * 1024,
+        .step = std::uintmax_t{24} * 1024,
+        .reason = "Disk quota exceeded",
+        .counted = "quotas"};
+}
+
+/// On btrfs, since its quotas are part of it: kernels are built without those that the other file systems share.
+/// A file cannot be renamed from one of its subvolumes to the other.
+void tryQuotasOf(const std::string& subvolume)
+{
+    if (const auto reason = TracedProcess::whyNotPossible())
+        GTEST_SKIP() << *reason;
+    const TemporaryFolder outside;
+    const LoopMount mount{outside, "128M", "mkfs.btrfs -q -n 4096"};
+    if (!mount.isMounted() || !succeeds("btrfs quota enable " + mount.path()))
+        GTEST_SKIP()
+            << "no btrfs with quotas in a file can be mounted here: not root, no loop device, "
+               "or a kernel without btrfs";
+    const std::string place = mount.path() + "/place";
+    for (const std::string& path : {place, place + "/disk"})
+        ASSERT_TRUE(succeeds("btrfs subvolume create " + path));
+    tryEveryRoom(place, quota(mount.path(), mount.path() + '/' + subvolume));
+}
+
+TEST(FullDisk, AQuotaWhereFilesAreMovedToLosesNothing)
+{
+    tryQuotasOf("place/disk");
+}
+
+TEST(FullDisk, AQuotaWhereTheJournalIsLosesNothing)
+{
+    tryQuotasOf("place");
 }
 
 }  // namespace
