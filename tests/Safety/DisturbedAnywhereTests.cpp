@@ -48,7 +48,19 @@ Places placesIn(const World& world)
 /// moment before one call.
 class Intruder {
 public:
-    enum class Deed { takes, replaces, changes, linksFile, occupies, linksFolder };
+    enum class Deed {
+        takes,
+        replaces,
+        changes,
+        linksFile,
+        occupies,
+        replacesNew,
+        replacesNewAndChanges,
+        linksFolder,
+    };
+    static constexpr Deed everyDeed[] = {Deed::takes, Deed::replaces, Deed::changes,
+        Deed::linksFile, Deed::occupies, Deed::replacesNew, Deed::replacesNewAndChanges,
+        Deed::linksFolder};
 
     Intruder(const World& world, Deed deed, std::string from, std::string to)
         : m_world(world)
@@ -83,6 +95,10 @@ public:
             return isThere && take() && link(secret(), m_from);
         case Deed::occupies:
             return occupy();
+        case Deed::replacesNew:
+            return replaceNew();
+        case Deed::replacesNewAndChanges:
+            return isThere && replaceNew() && change();
         case Deed::linksFolder:
             return linkFolder();
         }
@@ -113,12 +129,16 @@ private:
         return true;
     }
 
+    /// As a program does that keeps size and date: only the date of the change itself tells.
     bool change()
     {
-        m_wanted.erase(read(m_from));
-        fs::permissions(m_from, fs::perms{0640});
-        write(m_from, "changed");
-        m_wanted.insert(read(m_from));
+        std::string content = read(m_from);
+        m_wanted.erase(content);
+        content.front() = '!';
+        m_wanted.insert(content);
+        const auto date = fs::last_write_time(m_from);
+        std::fstream{m_from, std::ios::binary | std::ios::in | std::ios::out} << '!';
+        fs::last_write_time(m_from, date);
         return true;
     }
 
@@ -135,6 +155,14 @@ private:
         std::error_code error;
         fs::create_directories(fs::path{m_to}.parent_path(), error);
         return !error && place(m_to);
+    }
+
+    bool replaceNew()
+    {
+        if (!fs::is_regular_file(fs::symlink_status(m_to)))
+            return false;
+        fs::rename(m_to, atticFor(m_to) + "/new");
+        return place(m_to);
     }
 
     bool linkFolder()
@@ -158,6 +186,8 @@ std::ostream& operator<<(std::ostream& stream, Intruder::Deed deed)
 {
     constexpr const char* texts[] = {"takes the file away", "puts another file into its place",
         "writes into the file", "puts a link into the file's place", "takes the file's new name",
+        "puts another file into its new place",
+        "puts another file into its new place and writes into the old one",
         "puts a link into the place of the folder that the file goes to"};
     return stream << texts[static_cast<int>(deed)];
 }
@@ -201,23 +231,29 @@ protected:
         return false;
     }
 
-    /// The short form keeps to the calls by which files get and lose their names, and to what is opened before.
-    static bool isWorthIt(const TracedCall& call)
+    /// The short form keeps to the calls by which files get and lose their names, to looks at the new one,
+    /// and to what is opened before.
+    static bool isWorthIt(const TracedCall& call, const Course& course)
     {
         using Kind = TracedCall::Kind;
         constexpr Kind ofTheShortForm[] = {
             Kind::open, Kind::create, Kind::link, Kind::rename, Kind::remove};
-        return wantsLongTests()
+        return wantsLongTests() || (call.kind == Kind::look && call.path == course.to)
             || std::ranges::find(ofTheShortForm, call.kind) != std::end(ofTheShortForm);
     }
 
     /// The moment that is outside of the product's power: it has looked whose file it is, and takes it away
-    /// in the very next call.
+    /// or replaces it in the very next call.
     static bool isTooLate(const TracedCall& call, Intruder::Deed deed, const Course& course)
     {
         using Deed = Intruder::Deed;
-        return call.kind == TracedCall::Kind::remove && call.path == course.from
-            && (deed == Deed::replaces || deed == Deed::changes);
+        const bool endsOldName = call.kind == TracedCall::Kind::remove && call.path == course.from;
+        const bool endsPlaceholder = call.name == "renameat" && call.otherPath == course.to;
+        return (endsOldName
+                   && (deed == Deed::replaces || deed == Deed::changes
+                       || deed == Deed::replacesNewAndChanges))
+            || (endsPlaceholder
+                && (deed == Deed::replacesNew || deed == Deed::replacesNewAndChanges));
     }
 
     static void expectAccount(
@@ -287,10 +323,9 @@ TEST_P(DisturbedAnywhere, LosesNoFileAndReplacesNone)
         std::size_t disturbances = 0;
         for (std::size_t index = 0; index < course.calls.size(); ++index) {
             const TracedCall& call = course.calls[index];
-            if (!isNear(call, course) || !isWorthIt(call))
+            if (!isNear(call, course) || !isWorthIt(call, course))
                 continue;
-            for (const Deed deed : {Deed::takes, Deed::replaces, Deed::changes, Deed::linksFile,
-                     Deed::occupies, Deed::linksFolder}) {
+            for (const Deed deed : Intruder::everyDeed) {
                 if (isTooLate(call, deed, course))
                     continue;
                 SCOPED_TRACE(testing::Message() << "before call " << index << ' ' << call.text()

@@ -110,9 +110,10 @@ TEST(FullDisk, ATmpfsWithTheJournalLosesNothing)
 /// An ext4 file system in a file, mounted for everybody; only root may do that.
 class LoopMount {
 public:
-    explicit LoopMount(const TemporaryFolder& folder)
-        : m_at(folder.makeFolder("mnt").path())
+    LoopMount(const TemporaryFolder& folder, std::string at)
+        : m_at(std::move(at))
     {
+        fs::create_directories(m_at);
         const std::string image = folder.path("image");
         const std::string quiet = " >/dev/null 2>&1";
         m_isMounted = ::geteuid() == 0 && run("truncate -s 4M " + image)
@@ -130,6 +131,9 @@ public:
     bool isMounted() const { return m_isMounted; }
     const std::string& path() const { return m_at; }
 
+    static constexpr const char* whyNot =
+        "no file system in a file can be mounted here: not root, or no loop device";
+
 private:
     static bool run(const std::string& command) { return std::system(command.c_str()) == 0; }
 
@@ -142,12 +146,24 @@ TEST(FullDisk, AnExt4WithTheJournalLosesNothing)
     if (const auto reason = TracedProcess::whyNotPossible())
         GTEST_SKIP() << *reason;
     const TemporaryFolder outside;
-    const LoopMount mount{outside};
+    const LoopMount mount{outside, outside.path("mnt")};
     if (!mount.isMounted())
-        GTEST_SKIP() << "no file system in a file can be mounted here: not root, or no loop device";
+        GTEST_SKIP() << LoopMount::whyNot;
     const std::string place = mount.path() + "/place";
     fs::create_directories(place + "/disk");
     tryEveryRoom(place, place);
+}
+
+TEST(FullDisk, AnExt4ToMoveToLosesNothing)
+{
+    if (const auto reason = TracedProcess::whyNotPossible())
+        GTEST_SKIP() << *reason;
+    const TemporaryFolder image;
+    const TemporaryFolder place;
+    const LoopMount mount{image, place.path("disk")};
+    if (!mount.isMounted())
+        GTEST_SKIP() << LoopMount::whyNot;
+    tryEveryRoom(place.path(), mount.path());
 }
 
 }  // namespace
