@@ -109,6 +109,7 @@ std::vector<Fault> chosen(const std::vector<Fault>& all, const std::vector<Trace
     }
     const std::size_t seed = std::hash<std::string>{}(scenario);
     std::vector<Fault> some;
+    some.reserve(inShortForm);
     for (const auto& [call, faults] : plain)
         some.push_back(faults[seed % faults.size()]);
     const std::size_t start = seed % all.size();
