@@ -120,6 +120,6 @@ int main(int argc, char* argv[])
             run(bytes, bytes.size());
         }
     }
-    std::printf("%zu inputs, %zu runs\n", corpus.size(), runs);
+    std::printf("counted: %zu inputs to fuzz targets\n", runs);
     return corpus.empty() ? 1 : 0;
 }

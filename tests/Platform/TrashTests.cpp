@@ -472,7 +472,7 @@ TEST_F(TrashOnAnotherFileSystem, ASecondMountOfTheSameDiskHasATrashOfItsOwn)
 
 TEST_F(TrashTest, ASubvolumeHasNoneOfItsOwn)
 {
-    const LoopMount mount{m_folder, "128M", "mkfs.btrfs -q"};
+    const LoopMount mount{m_folder, m_folder.path("mnt"), "128M", "mkfs.btrfs -q"};
     if (!mount.isMounted() || !succeeds("btrfs subvolume create " + mount.path() + "/sub"))
         GTEST_SKIP() << "no btrfs in a file can be mounted here: not root, no loop device, or a "
                         "kernel without btrfs";
@@ -483,6 +483,25 @@ TEST_F(TrashTest, ASubvolumeHasNoneOfItsOwn)
     EXPECT_EQ(m_folder.read("mnt/home/Trash/files/file"), "content");
     EXPECT_EQ(line(m_folder.read("mnt/home/Trash/info/file.trashinfo"), 1), "Path=" + file.path());
     EXPECT_THAT(m_folder.names("mnt/sub"), IsEmpty());
+}
+
+TEST_F(TrashOnAnotherFileSystem, ATrashThatBelongsToAnotherUserIsNotTrusted)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can make a folder for another user";
+    constexpr uid_t nobody = 65534;
+    m_folder.write("real/in/file", "content");
+    // Who owns it reads and takes what lies there, however open it is.
+    const std::string foreign = m_folder.makeFolder("real/.Trash-0").path();
+    ASSERT_EQ(::chmod(foreign.c_str(), 0777), 0);
+    ASSERT_EQ(::chown(foreign.c_str(), nobody, nobody), 0);
+    m_folder.makeFolder("again");
+    testWithPrivateMounts([this] {
+        mountAgain(m_folder.path("real"), m_folder.path("again"));
+        EXPECT_EQ(
+            m_trash.moveIn(m_folder.url("again/in/file")), m_folder.url("home/Trash/files/file"));
+        EXPECT_THAT(m_folder.names("again/.Trash-0"), IsEmpty());
+    });
 }
 
 TEST_F(TrashOnAnotherFileSystem, AFileThatComesOutOfItsTrashTakesTheRecordAway)

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <functional>
+#include <map>
 
 namespace tidemark {
 namespace {
@@ -86,16 +87,33 @@ std::vector<Fault> faultsOf(std::size_t index, const TracedCall& call)
     return faults;
 }
 
-/// In the long form all, in the short form so many, spread over calls and errors and not the same ones for
-/// every scenario.
-std::vector<Fault> chosen(std::vector<Fault> all, const std::string& scenario)
+/// Whether it is one that is never tried again or got around.
+bool isPlain(const Fault& fault)
+{
+    return fault.verdict.kind == CallVerdict::Kind::shorten
+        || (fault.verdict.error == EIO && fault.times == 1);
+}
+
+/// In the long form all. In the short form so many: a plain one of every kind of call, and others spread
+/// over calls and errors; not the same ones for every scenario.
+std::vector<Fault> chosen(const std::vector<Fault>& all, const std::vector<TracedCall>& calls,
+    const std::string& scenario)
 {
     constexpr std::size_t inShortForm = 24;
     if (wantsLongTests() || all.size() <= inShortForm)
         return all;
+    std::map<std::pair<std::string, CallVerdict::Kind>, std::vector<Fault>> plain;
+    for (const Fault& fault : all) {
+        if (isPlain(fault))
+            plain[{calls[fault.call].name, fault.verdict.kind}].push_back(fault);
+    }
+    const std::size_t seed = std::hash<std::string>{}(scenario);
     std::vector<Fault> some;
-    const std::size_t start = std::hash<std::string>{}(scenario) % all.size();
-    for (std::size_t number = 0; number < inShortForm; ++number)
+    some.reserve(inShortForm);
+    for (const auto& [call, faults] : plain)
+        some.push_back(faults[seed % faults.size()]);
+    const std::size_t start = seed % all.size();
+    for (std::size_t number = some.size(); number < inShortForm; ++number)
         some.push_back(all[(start + number * all.size() / inShortForm) % all.size()]);
     return some;
 }
@@ -104,6 +122,17 @@ TracedOutcome runWith(const Fault& fault, const World& world)
 {
     std::size_t seen = 0;
     return world.run([&](const TracedCall&) { return fault.of(seen++); });
+}
+
+/// The calls of a run without a fault, but for those that the scenario refuses anyway.
+std::vector<TracedCall> offered(const World& world)
+{
+    TracedOutcome outcome = world.run([](const TracedCall&) { return CallVerdict{}; });
+    EXPECT_EQ(outcome.status, 0) << outcome.error;
+    std::erase_if(outcome.calls, [&](const TracedCall& call) {
+        return world.scenario().refuses != nullptr && world.scenario().refuses(call) != 0;
+    });
+    return std::move(outcome.calls);
 }
 
 /// Either the work was done all the same, or one line tells which file or folder was in the way.
@@ -122,20 +151,14 @@ void expectDoneOrTold(const TracedOutcome& outcome, const World& world)
 TEST_P(FailingAnywhere, LeavesEveryFileAndUndoBringsAllBack)
 {
     inWorld([](World& world) {
-        const TracedOutcome undisturbed =
-            world.run([](const TracedCall&) { return CallVerdict{}; });
-        ASSERT_EQ(undisturbed.status, 0) << undisturbed.error;
-        std::vector<TracedCall> calls = undisturbed.calls;
-        std::erase_if(calls, [&](const TracedCall& call) {
-            return world.scenario().refuses != nullptr && world.scenario().refuses(call) != 0;
-        });
+        const std::vector<TracedCall> calls = offered(world);
         std::vector<Fault> all;
         for (std::size_t index = 0; index < calls.size(); ++index) {
             for (const Fault& fault : faultsOf(index, calls[index]))
                 all.push_back(fault);
         }
         std::size_t withdrawn = 0;
-        const std::vector<Fault> faults = chosen(std::move(all), world.scenario().name);
+        const std::vector<Fault> faults = chosen(all, calls, world.scenario().name);
         for (const Fault& fault : faults) {
             SCOPED_TRACE(fault.text(calls[fault.call]));
             world.reset();
@@ -150,6 +173,46 @@ TEST_P(FailingAnywhere, LeavesEveryFileAndUndoBringsAllBack)
             counts += ", " + std::to_string(withdrawn)
                 + " faults that left a file in the Trash whose place the journal could not be told";
         printCounts(counts);
+    });
+}
+
+/// Whether its failure means that something may not have reached the disk: the flush of a file or folder, and
+/// the end of writing one of the product's own files (a network file system tells only there that it is full).
+bool bringsToTheDisk(const TracedCall& call)
+{
+    const bool isOwnFile = call.path.find("/Tidemark/.") != std::string::npos;
+    return call.kind == TracedCall::Kind::sync
+        || (call.kind == TracedCall::Kind::close && isOwnFile && call.path.ends_with(".tmp"));
+}
+
+/// A Trash that cannot be made beside the file gives way to the one at home.
+bool isGotAround(const TracedCall& call, const World& world)
+{
+    return world.scenario().name == "TrashOnDisk" && call.path.starts_with(world.place() + "/disk")
+        && !call.path.ends_with(".trashinfo");
+}
+
+TEST_P(FailingAnywhere, TakesNothingForDoneThatMayNotHaveReachedTheDisk)
+{
+    inWorld([](World& world) {
+        const std::vector<TracedCall> calls = offered(world);
+        std::map<std::string, std::size_t> kinds;
+        std::size_t tried = 0;
+        for (std::size_t index = 0; index < calls.size(); ++index) {
+            if (!bringsToTheDisk(calls[index]) || isGotAround(calls[index], world))
+                continue;
+            const std::string folder = calls[index].path.substr(0, calls[index].path.rfind('/'));
+            if (!wantsLongTests() && kinds[calls[index].name + folder]++ > 0)
+                continue;
+            SCOPED_TRACE(calls[index].text());
+            world.reset();
+            const TracedOutcome outcome = runWith({index, {CallVerdict::Kind::fail, EIO}}, world);
+            EXPECT_EQ(outcome.status, 1) << "says nothing:\n" << outcome.output;
+            world.bringBack(world.check(), false);
+            ++tried;
+        }
+        EXPECT_GT(tried, 1U);
+        printCounts(std::to_string(tried) + " flushes that failed");
     });
 }
 

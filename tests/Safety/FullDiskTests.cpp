@@ -128,17 +128,33 @@ TEST(FullDisk, ATmpfsWithTheJournalLosesNothing)
     });
 }
 
+constexpr const char* plainExt4 = "mkfs.ext4 -q -O ^has_journal -m 0";
+constexpr const char* whyNoExt4 =
+    "no file system in a file can be mounted here: not root, or no loop device";
+
 TEST(FullDisk, AnExt4WithTheJournalLosesNothing)
 {
     if (const auto reason = TracedProcess::whyNotPossible())
         GTEST_SKIP() << *reason;
     const TemporaryFolder outside;
-    const LoopMount mount{outside, "4M", "mkfs.ext4 -q -O ^has_journal -m 0"};
+    const LoopMount mount{outside, outside.path("mnt"), "4M", plainExt4};
     if (!mount.isMounted())
-        GTEST_SKIP() << "no file system in a file can be mounted here: not root, or no loop device";
+        GTEST_SKIP() << whyNoExt4;
     const std::string place = mount.path() + "/place";
     fs::create_directories(place + "/disk");
     tryEveryRoom(place, fullDisk(place));
+}
+
+TEST(FullDisk, AnExt4ToMoveToLosesNothing)
+{
+    if (const auto reason = TracedProcess::whyNotPossible())
+        GTEST_SKIP() << *reason;
+    const TemporaryFolder image;
+    const TemporaryFolder place;
+    const LoopMount mount{image, place.path("disk"), "4M", plainExt4};
+    if (!mount.isMounted())
+        GTEST_SKIP() << whyNoExt4;
+    tryEveryRoom(place.path(), fullDisk(mount.path()));
 }
 
 /// A subvolume may hold no more than `room` bytes. Btrfs sets whole nodes aside for what a call may come to, so
@@ -166,7 +182,7 @@ void tryQuotasOf(const std::string& subvolume)
     if (const auto reason = TracedProcess::whyNotPossible())
         GTEST_SKIP() << *reason;
     const TemporaryFolder outside;
-    const LoopMount mount{outside, "128M", "mkfs.btrfs -q -n 4096"};
+    const LoopMount mount{outside, outside.path("mnt"), "128M", "mkfs.btrfs -q -n 4096"};
     if (!mount.isMounted() || !succeeds("btrfs quota enable " + mount.path()))
         GTEST_SKIP()
             << "no btrfs with quotas in a file can be mounted here: not root, no loop device, "

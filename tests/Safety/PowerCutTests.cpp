@@ -26,6 +26,23 @@ public:
             checkFile(content, origin);
     }
 
+    /// What lies in a Trash has its record there, so that every program can bring it back. This goes for
+    /// file systems that keep changes in their order.
+    void checkTrashes() const
+    {
+        for (const auto& [path, content] : m_disk) {
+            const fs::path files = fs::path{path}.parent_path();
+            if (files.filename() != "files" || !m_world.origins().contains(content))
+                continue;
+            const std::string record =
+                (files.parent_path() / "info" / fs::path{path}.filename()).string() + ".trashinfo";
+            const auto found = m_disk.find(record);
+            EXPECT_TRUE(found != m_disk.end() && found->second.starts_with("[Trash Info]\nPath=")
+                && found->second.ends_with('\n'))
+                << record;
+        }
+    }
+
 private:
     void readOwnFiles()
     {
@@ -94,7 +111,10 @@ TEST_P(PowerCut, AtAnyMomentLosesNoFileAndNoRecord)
             for (const auto order : {DiskModel::Order::inOrder, DiskModel::Order::any}) {
                 for (const DiskModel::Disk& disk : model.possibleDisks(order)) {
                     ++cuts;
-                    CutDisk{world, disk}.check();
+                    CutDisk cut{world, disk};
+                    cut.check();
+                    if (order == DiskModel::Order::inOrder)
+                        cut.checkTrashes();
                     ASSERT_FALSE(testing::Test::HasFailure())
                         << (order == DiskModel::Order::any ? "in any order" : "in order");
                 }
@@ -172,6 +192,31 @@ TEST_P(PowerCut, FindsEveryMoveInTheJournalOnTheDiskFirst)
             checker.take(call);
         const bool isCopied = world.scenario().name.find("Across") != std::string::npos;
         EXPECT_EQ(checker.moves(), isCopied ? 0U : world.scenario().files.size());
+    });
+}
+
+/// Attributes are part of a file, too, and the model of the disk knows nothing of them.
+TEST_P(PowerCut, FlushesACopyWithAllItsAttributesBeforeItGetsItsName)
+{
+    using Kind = TracedCall::Kind;
+    inWorld([](World& world) {
+        std::map<std::string, bool> isFlushed;  // copies, by the name they have while they are made
+        std::size_t named = 0;
+        for (const TracedCall& call : callsOf(world)) {
+            if (call.result < 0)
+                continue;
+            if (call.kind == Kind::write || call.kind == Kind::truncate
+                || call.kind == Kind::attribute)
+                isFlushed[call.path] = false;
+            else if (call.kind == Kind::sync)
+                isFlushed[call.path] = true;
+            else if (const auto copy = isFlushed.find(call.path); copy != isFlushed.end()
+                     && (call.kind == Kind::link || call.kind == Kind::rename)) {
+                EXPECT_TRUE(copy->second) << call.text();
+                ++named;
+            }
+        }
+        EXPECT_GT(named, 0U);
     });
 }
 

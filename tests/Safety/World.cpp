@@ -29,11 +29,18 @@ namespace {
 constexpr mode_t unusualMode = 0640;
 constexpr timespec longAgo = {.tv_sec = 1'600'000'000, .tv_nsec = 123'000'000};
 
+/// Such a file ends with a hole.
+constexpr std::string_view hollow = "hollow.pdf";
+constexpr std::size_t sizeWithHole = 64 * 1024;
+
 std::string contentOf(const std::string& relative)
 {
     const std::string frontMatter =
         relative.ends_with(".md") ? "---\ntitle: Trip\ndate: 2024-05-03\n---\n" : "";
-    return frontMatter + "this was " + relative + '\n';
+    std::string content = frontMatter + "this was " + relative + '\n';
+    if (relative.ends_with(hollow))
+        content.resize(sizeWithHole, '\0');
+    return content;
 }
 
 std::string read(const std::string& path)
@@ -47,8 +54,10 @@ void writeFile(const std::string& path, const std::string& content)
 {
     fs::create_directories(fs::path{path}.parent_path());
     std::ofstream stream{path, std::ios::binary | std::ios::trunc};
-    stream << content << std::flush;
+    const std::size_t end = path.ends_with(hollow) ? content.find('\0') : content.size();
+    stream << std::string_view{content}.substr(0, end) << std::flush;
     ASSERT_TRUE(stream.good()) << "cannot write " << path;
+    fs::resize_file(path, content.size());
 }
 
 bool isInTrash(const std::string& path)

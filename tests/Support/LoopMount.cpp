@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 
 namespace tidemark {
 
@@ -14,10 +15,11 @@ bool succeeds(const std::string& command)
     return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
 }
 
-LoopMount::LoopMount(
-    const TemporaryFolder& folder, const std::string& size, const std::string& make)
-    : m_at(folder.makeFolder("mnt").path())
+LoopMount::LoopMount(const TemporaryFolder& folder, const std::string& at, const std::string& size,
+    const std::string& make)
+    : m_at(at)
 {
+    std::filesystem::create_directories(m_at);
     const std::string image = folder.path("image");
     m_isMounted = ::geteuid() == 0 && succeeds("truncate -s " + size + ' ' + image)
         && succeeds(make + ' ' + image) && succeeds("mount -o loop " + image + ' ' + m_at);

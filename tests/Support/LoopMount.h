@@ -6,13 +6,14 @@ namespace tidemark {
 
 class TemporaryFolder;
 
-/// A file system in a file, mounted in a folder for as long as this lives, and for everybody: only root may do
+/// A file system in a file, mounted on a folder for as long as this lives, and for everybody: only root may do
 /// that, and only where there are loop devices.
 class LoopMount {
 public:
-    /// `make` is the command that formats the file whose name is added to it. File and folder are made in
-    /// `folder`.
-    LoopMount(const TemporaryFolder& folder, const std::string& size, const std::string& make);
+    /// The file is made in `folder`, and `at` if there is no such folder yet. `make` is the command that
+    /// formats the file whose name is added to it.
+    LoopMount(const TemporaryFolder& folder, const std::string& at, const std::string& size,
+        const std::string& make);
     ~LoopMount();
 
     LoopMount(const LoopMount&) = delete;
