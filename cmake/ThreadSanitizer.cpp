@@ -31,6 +31,22 @@ const char* __tsan_default_suppressions()
         "called_from_lib:libQt6Network.so.6\n"
         // The raster engine has the threads of a pool paint strips of a large image, and waits for them by QSemaphore.
         "called_from_lib:libQt6Gui.so.6\n"
+        // Messages are handed to Qt's thread for the bus by events, and windows' events from a thread by a queue of atomics.
+        "called_from_lib:libQt6DBus.so.6\n"
+        "called_from_lib:libdbus-1.so.3\n"
+        "called_from_lib:libQt6XcbQpa.so.6\n"
+        // They destroy locks that they still hold, as the last ones who know a connection.
+        "called_from_lib:libX11.so.6\n"
+        "called_from_lib:libxcb.so.1\n"
+        // Events come from a thread here, too, and locks of the one library are used by the other.
+        "called_from_lib:libQt6WaylandClient.so.6\n"
+        "called_from_lib:libwayland-client.so.0\n"
+        // Locked by one of those above, unlocked from here: each jumps into the other as its last step.
+        "called_from_lib:libQt6Widgets.so.6\n"
+        "called_from_lib:libXrender.so.1\n"
+        "called_from_lib:libXfixes.so.3\n"
+        "called_from_lib:libffi.so.8\n"
+        "called_from_lib:libEGL_mesa.so.0\n"
         // GMutex is a futex: a loop seems to be woken through a descriptor that nobody has announced.
         "called_from_lib:libglib-2.0.so.0\n";
 }
