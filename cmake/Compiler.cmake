@@ -41,6 +41,11 @@ if(TIDEMARK_SANITIZE)
         target_compile_options(tidemark_compiler INTERFACE
             $<$<BOOL:$<TARGET_PROPERTY:TIDEMARK_IS_TEST>>:-fno-sanitize=undefined>)
     endif()
+    if(TIDEMARK_SANITIZE MATCHES thread)
+        add_library(tidemark_tsan OBJECT "${CMAKE_CURRENT_LIST_DIR}/ThreadSanitizer.cpp")
+        target_sources(tidemark_compiler INTERFACE
+            $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:$<TARGET_OBJECTS:tidemark_tsan>>)
+    endif()
 endif()
 if(TIDEMARK_FUZZERS)
     # Counts the ways through the code under test, without a main() of its own.

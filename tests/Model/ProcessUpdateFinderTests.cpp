@@ -88,19 +88,20 @@ TEST_F(ProcessUpdateFinderTest, AProcessThatCannotBeStartedFindsNothing)
 
 TEST_F(ProcessUpdateFinderTest, AFailureIsLogged)
 {
-    m_limits.whole = 50ms;
     m_limits.output = 10;
     const struct {
         const char* script;
         const char* line;
+        std::chrono::milliseconds whole = ProcessUpdateFinder::Limits{}.whole;
     } examples[] = {
         {"exit 127", "it ended with status 127"},
         {"kill -9 $$", "it was ended"},
-        {"exec sleep 600", "it takes too long"},
+        {"exec sleep 600", "it takes too long", 50ms},
         {"exec yes", "it tells too much"},
     };
     for (const auto& example : examples) {
         m_log.lines.clear();
+        m_limits.whole = example.whole;
         find(example.script);
         EXPECT_THAT(m_log.lines,
             ElementsAre(std::string{"the updater found out nothing: "} + example.line));

@@ -26,6 +26,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// As each program starts, this sanitizer writes a file of its own among the temporary ones and removes it.
+#ifdef __SANITIZE_THREAD__
+constexpr bool isThreadSanitized = true;
+#else
+constexpr bool isThreadSanitized = false;
+#endif
+
 constexpr mode_t unusualMode = 0640;
 constexpr timespec longAgo = {.tv_sec = 1'600'000'000, .tv_nsec = 123'000'000};
 
@@ -130,7 +137,8 @@ Settings World::settings() const
 
 TracedOutcome World::run(const std::function<CallVerdict(const TracedCall&)>& judge) const
 {
-    std::map<std::string, std::string> environment{{"TZ", "UTC"}, {"TMPDIR", m_place}};
+    std::map<std::string, std::string> environment{{"TZ", "UTC"},
+        {"TMPDIR", isThreadSanitized ? fs::temp_directory_path().string() : m_place}};
     for (const char* name :
         {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
         environment[name] = std::getenv(name);
