@@ -60,10 +60,10 @@ protected:
     std::multiset<std::string> atTheirPlaces() const
     {
         std::multiset<std::string> found;
-        for (const std::string folder : {"one", "two"}) {
+        for (const char* folder : {"one", "two"}) {
             for (const std::string& name : home().names(folder)) {
                 if (name != "Months")
-                    found.insert(folder + '/' + name);
+                    found.insert(std::string{folder}.append(1, '/').append(name));
             }
         }
         return found;

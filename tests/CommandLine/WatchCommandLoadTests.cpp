@@ -12,8 +12,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using testing::IsEmpty;
-
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool isSanitized = true;
 #elif defined(__has_feature)

@@ -186,7 +186,8 @@ protected:
     std::vector<std::string> watchedPaths() const
     {
         std::vector<std::string> paths;
-        for (const QJsonValue& folder : json({"status"}).object()["folders"].toArray())
+        const QJsonArray folders = json({"status"}).object()["folders"].toArray();
+        for (const QJsonValue folder : folders)
             paths.push_back(text(folder.toObject()["path"]));
         return paths;
     }

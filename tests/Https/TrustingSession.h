@@ -5,15 +5,13 @@
 #include <QNetworkRequest>
 #include <QSslConfiguration>
 
-#include <utility>
-
 namespace tidemark {
 
 /// A session that trusts one authority.
 class TrustingSession final : public QNetworkAccessManager {
 public:
-    explicit TrustingSession(QSslConfiguration configuration)
-        : m_configuration(std::move(configuration))
+    explicit TrustingSession(const QSslConfiguration& configuration)
+        : m_configuration(configuration)
     {
         // A proxy of the machine's leads away from here.
         setProxy(QNetworkProxy::NoProxy);

@@ -6,7 +6,6 @@
 namespace tidemark {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 /// A start with no folder in the settings.
 class FirstStartTest : public ModelTest {
@@ -60,7 +59,7 @@ TEST_F(FirstStartTest, LeavesOutWhatTheUserDoesNotHave)
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         std::filesystem::remove_all(m_home.path("support"));
-        const std::string configuration = std::getenv("XDG_CONFIG_HOME");
+        const std::string configuration = qEnvironmentVariable("XDG_CONFIG_HOME").toStdString();
         std::filesystem::create_directories(configuration);
         std::ofstream{configuration + "/user-dirs.dirs"} << row.configuration;
         EXPECT_EQ(seedStandardFolders(workspace()), !row.folders.empty());

@@ -288,7 +288,7 @@ void DiskModel::collect(
     if (entries == names.end())
         return;
     for (const auto& [name, node] : entries->second) {
-        const std::string below = path + '/' + name;
+        const std::string below = std::string{path}.append(1, '/').append(name);
         if (const auto file = m_files.find(node); file != m_files.end())
             found[below] = keepsContent ? file->second.content : file->second.synced;
         else

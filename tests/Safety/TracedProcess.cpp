@@ -151,6 +151,7 @@ private:
         std::vector<std::string> command, const std::map<std::string, std::string>& environment)
     {
         std::vector<std::string> variables;
+        variables.reserve(environment.size());
         for (const auto& [name, value] : environment)
             variables.push_back(std::string{name}.append("=").append(value));
         std::vector<char*> arguments = pointersTo(command);
@@ -291,7 +292,7 @@ private:
             return;
         if (call.name.ends_with('v')) {
             // As a write of the first part alone, or of half of it where there is one part only.
-            const iovec first = readObject<iovec>(thread, registers.rsi);
+            const auto first = readObject<iovec>(thread, registers.rsi);
             registers.orig_rax = call.name == "writev" ? SYS_write : SYS_pwrite64;
             registers.rsi = reinterpret_cast<unsigned long long>(first.iov_base);
             registers.rdx = std::min(first.iov_len, half);
@@ -401,6 +402,7 @@ private:
     {
         std::string data(size, '\0');
         const iovec here = {data.data(), data.size()};
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): an address of the other process
         const iovec there = {reinterpret_cast<void*>(address), size};
         const ssize_t got = ::process_vm_readv(thread, &here, 1, &there, 1, 0);
         data.resize(got < 0 ? 0 : static_cast<std::size_t>(got));

@@ -65,6 +65,18 @@ QByteArray bytesOf(const std::string& text)
 
 /// Version 1.2 is installed, and 1.3 lies on the server.
 class SelfUpdaterTest : public testing::Test {
+public:
+    /// Whatever came of it, nothing but a swap touches the installed bundle.
+    ~SelfUpdaterTest() override
+    {
+        EXPECT_EQ(m_installed.snapshot(), m_before);
+        EXPECT_THAT(m_root.names("tmp"), IsEmpty());
+        EXPECT_THAT(m_root.names("Applications"), ElementsAre("Tidemark.app"));
+    }
+
+    SelfUpdaterTest(const SelfUpdaterTest&) = delete;
+    SelfUpdaterTest& operator=(const SelfUpdaterTest&) = delete;
+
 protected:
     static void SetUpTestSuite()
     {
@@ -86,17 +98,6 @@ protected:
         m_root.makeFolder("tmp");
         serve(m_new.archive());
     }
-
-    /// Whatever came of it, nothing but a swap touches the installed bundle.
-    ~SelfUpdaterTest() override
-    {
-        EXPECT_EQ(m_installed.snapshot(), m_before);
-        EXPECT_THAT(m_root.names("tmp"), IsEmpty());
-        EXPECT_THAT(m_root.names("Applications"), ElementsAre("Tidemark.app"));
-    }
-
-    SelfUpdaterTest(const SelfUpdaterTest&) = delete;
-    SelfUpdaterTest& operator=(const SelfUpdaterTest&) = delete;
 
     void serve(const std::string& archive)
     {

@@ -2,8 +2,9 @@
 
 #include "Subprocess.h"
 
-#include <signal.h>
 #include <sys/wait.h>
+
+#include <csignal>
 
 namespace tidemark {
 

@@ -101,9 +101,9 @@ TEST(SwapScript, HasTheLinesInOrder)
     EXPECT_TRUE(text.starts_with("#!/bin/sh\nwhile kill -0 4711 2>/dev/null"));
     std::size_t place = 0;
     for (const char* part :
-        {"do sleep 0.2; done\n", "cp -aT \"$1\" \"$2.new\"", "rm -rf \"$2.bak\"",
-            "mv -T \"$2\" \"$2.bak\"", "mv -T \"$2.new\" \"$2\"", "rm -rf \"$2.bak\"",
-            "mv -T \"$2.bak\" \"$2\"", "rm -rf \"${0%.sh}\" \"$0\"", "\"$2/bin/tidemark\""}) {
+        {"do sleep 0.2; done\n", R"(cp -aT "$1" "$2.new")", R"(rm -rf "$2.bak")",
+            R"(mv -T "$2" "$2.bak")", R"(mv -T "$2.new" "$2")", R"(rm -rf "$2.bak")",
+            R"(mv -T "$2.bak" "$2")", R"(rm -rf "${0%.sh}" "$0")", R"("$2/bin/tidemark")"}) {
         place = text.find(part, place);
         ASSERT_NE(place, std::string::npos) << part;
         ++place;
@@ -474,13 +474,11 @@ TEST(Subprocess, InheritsNoFilesAndNoBlockedSignals)
     // Without close-on-exec, and far from the numbers that a shell takes for itself.
     const int inherited = ::fcntl(STDERR_FILENO, F_DUPFD, 100);
     ASSERT_GE(inherited, 100);
-    const pid_t process = Subprocess::start(
-        {"sh", "-c",
-            "readlink /proc/$$/fd/0 >\"$1/input\"\n"
-            "for file in /proc/$$/fd/1??; do echo \"$file\"; done >\"$1/inherited\"\n"
-            "exec grep SigBlk /proc/self/status >\"$1/signals\"",
-            "sh", folder.path()},
-        Subprocess::Session::own);
+    const std::string script = R"(readlink /proc/$$/fd/0 >"$1/input"
+        for file in /proc/$$/fd/1??; do echo "$file"; done >"$1/inherited"
+        exec grep SigBlk /proc/self/status >"$1/signals")";
+    const pid_t process =
+        Subprocess::start({"sh", "-c", script, "sh", folder.path()}, Subprocess::Session::own);
     ::sigprocmask(SIG_SETMASK, &before, nullptr);
     ::close(inherited);
     ASSERT_EQ(::waitpid(process, nullptr, 0), process);
