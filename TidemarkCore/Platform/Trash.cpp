@@ -194,6 +194,12 @@ FileMover::Result moveFile(const Item& item, const FileURL& to, AcrossFileSystem
     return FileMover::Result::moved;
 }
 
+bool isKnownToBeFree(const FileURL& url)
+{
+    struct stat status;
+    return ::lstat(url.path().c_str(), &status) != 0 && errno == ENOENT;
+}
+
 /// Where the file lies in that trash now; nothing when the trash is on another file system after all.
 std::optional<FileURL> moveTo(const Place& place, const Item& item, AcrossFileSystems across)
 {
@@ -214,6 +220,9 @@ std::optional<FileURL> moveTo(const Place& place, const Item& item, AcrossFileSy
             // A file without a record lies there: the next name, then.
             if (error.code() == std::errc::file_exists)
                 continue;
+            // A copy that could not be taken back is found by its record.
+            if (!isKnownToBeFree(destination))
+                record->keep();
             throw;
         }
         record->keep();

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <tuple>
 
 namespace tidemark {
 namespace {
@@ -98,11 +99,13 @@ std::vector<Fault> faultsOf(std::size_t index, const TracedCall& call)
     return faults;
 }
 
-/// Whether it is one that is never tried again or got around.
-bool isPlain(const Fault& fault)
+/// Whether it is one that is never tried again or got around. What cannot be removed often cannot be taken back
+/// either.
+bool isPlain(const Fault& fault, const TracedCall& call)
 {
     return fault.verdict.kind == CallVerdict::Kind::shorten
-        || (fault.verdict.error == EIO && fault.times == 1);
+        || (fault.verdict.error == EIO
+            && (fault.times == 1 || call.kind == TracedCall::Kind::remove));
 }
 
 /// In the long form all. In the short form so many: a plain one of every kind of call, and others spread
@@ -113,10 +116,11 @@ std::vector<Fault> chosen(const std::vector<Fault>& all, const std::vector<Trace
     constexpr std::size_t inShortForm = 24;
     if (wantsLongTests() || all.size() <= inShortForm)
         return all;
-    std::map<std::pair<std::string, CallVerdict::Kind>, std::vector<Fault>> plain;
+    std::map<std::tuple<std::string, CallVerdict::Kind, std::size_t>, std::vector<Fault>> plain;
     for (const Fault& fault : all) {
-        if (isPlain(fault))
-            plain[{calls[fault.call].name, fault.verdict.kind}].push_back(fault);
+        const TracedCall& call = calls[fault.call];
+        if (isPlain(fault, call))
+            plain[{call.name, fault.verdict.kind, fault.times}].push_back(fault);
     }
     const std::size_t seed = std::hash<std::string>{}(scenario);
     std::vector<Fault> some;
