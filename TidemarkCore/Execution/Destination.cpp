@@ -36,13 +36,14 @@ Destination Destination::at(std::string_view path)
     return {slash == 0 ? path.substr(0, 1) : path.substr(0, slash), path.substr(slash + 1)};
 }
 
-FileURL Destination::prepare(FileManager& fileManager) const
+HeldEntry Destination::prepare(FileManager& fileManager, HeldFolders& folders) const
 {
-    const FileURL folderURL = FileURL::directory(std::string(folder));
-    return folderURL.appending(prepare([&] { fileManager.createDirectory(folderURL); },
+    const HeldFolder* held = nullptr;
+    const std::string free = prepare([&] { held = &folders.make(folder); },
         [&](std::string_view candidate) {
-            return fileManager.fileExists(folderURL.appending(candidate));
-        }));
+            return fileManager.fileExists(HeldEntry{*held, held->url().appending(candidate)});
+        });
+    return {*held, held->url().appending(free)};
 }
 
 std::string Destination::prepare(const std::function<void()>& makeFolder,

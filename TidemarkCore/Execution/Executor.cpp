@@ -13,6 +13,13 @@ static bool canExist(std::string_view path)
     return path.starts_with('/') && path.find('\0') == std::string_view::npos;
 }
 
+/// What the actions of one sweep share.
+struct Executor::Sweep {
+    JournalWriter journal;
+    HeldFolders folders;
+    Date now;
+};
+
 Executor::Executor(JournalStore store, FileManager& fileManager)
     : m_store(std::move(store))
     , m_fileManager(&fileManager)
@@ -24,27 +31,34 @@ SweepRecord Executor::apply(
 {
     SweepObserver nobody;
     SweepObserver& follower = observer != nullptr ? *observer : nobody;
-    JournalWriter journal(m_store, startedAt);
+    Sweep sweep{JournalWriter(m_store, startedAt), HeldFolders(*m_fileManager), now};
     for (std::size_t index = 0; index < plan.actions.size() && !follower.shouldStop(); ++index) {
         follower.willPerform(index, plan.actions.size());
-        performOrWithdraw(plan.actions[index], journal, now, follower);
+        performOrWithdraw(plan.actions[index], sweep, follower);
     }
-    return journal.record();
+    return sweep.journal.record();
 }
 
-void Executor::performOrWithdraw(
-    const PlannedAction& action, JournalWriter& journal, Date now, SweepObserver& observer)
+std::optional<HeldEntry> Executor::sourceOf(
+    const PlannedAction& action, Sweep& sweep, SweepObserver& observer)
 {
-    const std::size_t entriesBefore = journal.record().entries.size();
     try {
-        if (!m_fileManager->fileExists(action.source))
-            return;
+        return find(action.source, sweep.folders);
     } catch (const std::filesystem::filesystem_error& error) {
         observer.didFail(action, error);  // nothing was attempted, so there is nothing to withdraw
-        return;
+        return std::nullopt;
     }
+}
+
+void Executor::performOrWithdraw(const PlannedAction& action, Sweep& sweep, SweepObserver& observer)
+{
+    JournalWriter& journal = sweep.journal;
+    const std::size_t entriesBefore = journal.record().entries.size();
+    const std::optional<HeldEntry> source = sourceOf(action, sweep, observer);
+    if (!source)
+        return;
     try {
-        perform(action, journal, now);
+        perform(action, *source, sweep);
         observer.didPerform(journal.record().entries.back());
     } catch (const std::exception& error) {
         // One file that cannot be moved never stops a sweep.
@@ -58,34 +72,48 @@ void Executor::performOrWithdraw(
     }
 }
 
-void Executor::perform(const PlannedAction& action, JournalWriter& journal, Date now)
+/// Nothing when it is gone.
+std::optional<HeldEntry> Executor::find(const FileURL& file, HeldFolders& folders)
+{
+    const HeldFolder* folder = folders.find(Destination::at(file.path()).folder);
+    if (folder == nullptr)
+        return std::nullopt;
+    HeldEntry entry{*folder, file};
+    if (!m_fileManager->fileExists(entry))
+        return std::nullopt;
+    return entry;
+}
+
+void Executor::perform(const PlannedAction& action, const HeldEntry& source, Sweep& sweep)
 {
     if (const auto wanted = Destination::of(action))
-        journalThenMove(action, *wanted, journal, now);
+        journalThenMove(action, source, *wanted, sweep);
     else
-        journalThenTrash(action.source, journal, now);
+        journalThenTrash(source, sweep);
 }
 
 void Executor::journalThenMove(
-    const PlannedAction& action, const Destination& wanted, JournalWriter& journal, Date now)
+    const PlannedAction& action, const HeldEntry& source, const Destination& wanted, Sweep& sweep)
 {
-    const FileURL place = wanted.prepare(*m_fileManager);
-    journal.append(JournalEntry::between(opOf(action), action.source, place, now));
-    journal.save();
-    m_fileManager->moveItem(action.source, place);
+    const HeldEntry place = wanted.prepare(*m_fileManager, sweep.folders);
+    sweep.journal.append(JournalEntry::between(opOf(action), source.url, place.url, sweep.now));
+    sweep.journal.save();
+    m_fileManager->moveItem(source, place);
 
     if (action.stampCreated && std::holds_alternative<SweepAction::FileInto>(action.action.value)) {
         try {
-            m_fileManager->setCreationDate(place, *action.stampCreated);
+            m_fileManager->setCreationDate(place.url, *action.stampCreated);
         } catch (const std::filesystem::filesystem_error&) {
             // Many file systems keep no creation date that could be set; the move stands.
         }
     }
 }
 
-void Executor::journalThenTrash(const FileURL& source, JournalWriter& journal, Date now)
+void Executor::journalThenTrash(const HeldEntry& source, Sweep& sweep)
 {
-    journal.append(JournalEntry::between(JournalEntry::Op::trash, source, source, now));
+    JournalWriter& journal = sweep.journal;
+    journal.append(
+        JournalEntry::between(JournalEntry::Op::trash, source.url, source.url, sweep.now));
     journal.save();
     const auto place = m_fileManager->trashItem(source);
     if (!place)
@@ -118,11 +146,12 @@ std::optional<SweepRecord> Executor::undoLastSweep(Date /*now*/, UndoObserver* o
 
 void Executor::restoreAll(const std::vector<JournalEntry>& entries, UndoObserver& observer)
 {
+    HeldFolders folders(*m_fileManager);
     std::for_each(entries.rbegin(), entries.rend(), [&](const JournalEntry& entry) {
         if (observer.shouldStop())
             throw std::filesystem::filesystem_error("stopped before everything was restored",
                 std::make_error_code(std::errc::operation_canceled));
-        restore(entry, observer);
+        restore(entry, folders, observer);
     });
 }
 
@@ -140,16 +169,16 @@ void Executor::flushFolders(const std::vector<JournalEntry>& entries)
         m_fileManager->flushDirectory(FileURL::directory(std::string(folder)));
 }
 
-void Executor::restore(const JournalEntry& entry, UndoObserver& observer)
+void Executor::restore(const JournalEntry& entry, HeldFolders& folders, UndoObserver& observer)
 {
-    const FileURL now(entry.to);
-    if (!canExist(entry.to) || !m_fileManager->fileExists(now)) {
+    const auto now = canExist(entry.to) ? find(FileURL(entry.to), folders) : std::nullopt;
+    if (!now) {
         observer.didFindGone(entry);
         return;
     }
-    const FileURL place = Destination::at(entry.from).prepare(*m_fileManager);
-    m_fileManager->moveItem(now, place);
-    observer.didRestore(entry, place);
+    const HeldEntry place = Destination::at(entry.from).prepare(*m_fileManager, folders);
+    m_fileManager->moveItem(*now, place);
+    observer.didRestore(entry, place.url);
 }
 
 }  // namespace tidemark

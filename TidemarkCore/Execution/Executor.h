@@ -16,7 +16,8 @@ namespace tidemark {
 /// Carries out plans and undoes the last one, with every step in the journal before a file is touched.
 ///
 /// So a crash leaves at worst an entry for a move that never happened, never a moved file that the journal
-/// does not know. Nothing is ever deleted. Keeps no state between calls and has no lock: calls for one
+/// does not know. Nothing is ever deleted. The folders of an action are those that its path led to when they were
+/// first looked at: where something else stands in the place of one by then, the action fails. Keeps no state between calls and has no lock: calls for one
 /// journal follow one another, under the SupportLock.
 class Executor {
 public:
@@ -39,15 +40,19 @@ public:
     std::optional<SweepRecord> undoLastSweep(Date now, UndoObserver* observer = nullptr);
 
 private:
-    void performOrWithdraw(
-        const PlannedAction& action, JournalWriter& journal, Date now, SweepObserver& observer);
-    void perform(const PlannedAction& action, JournalWriter& journal, Date now);
-    void journalThenMove(
-        const PlannedAction& action, const Destination& wanted, JournalWriter& journal, Date now);
-    void journalThenTrash(const FileURL& source, JournalWriter& journal, Date now);
+    struct Sweep;
+
+    void performOrWithdraw(const PlannedAction& action, Sweep& sweep, SweepObserver& observer);
+    std::optional<HeldEntry> sourceOf(
+        const PlannedAction& action, Sweep& sweep, SweepObserver& observer);
+    std::optional<HeldEntry> find(const FileURL& file, HeldFolders& folders);
+    void perform(const PlannedAction& action, const HeldEntry& source, Sweep& sweep);
+    void journalThenMove(const PlannedAction& action, const HeldEntry& source,
+        const Destination& wanted, Sweep& sweep);
+    void journalThenTrash(const HeldEntry& source, Sweep& sweep);
     void flushFolders(const std::vector<JournalEntry>& entries);
     void restoreAll(const std::vector<JournalEntry>& entries, UndoObserver& observer);
-    void restore(const JournalEntry& entry, UndoObserver& observer);
+    void restore(const JournalEntry& entry, HeldFolders& folders, UndoObserver& observer);
 
     JournalStore m_store;
     FileManager* m_fileManager;

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "FileURL.h"
-#include "OwnChanges.h"
+#include "Move.h"
 
 namespace tidemark {
 
@@ -12,8 +11,9 @@ namespace tidemark {
 /// lists; what the destination cannot keep is an error (but for the attributes of the namespaces "security"
 /// and "trusted", which only the system may set). Throws filesystem_error with both paths: file_exists when
 /// something stands at `to`, device_or_resource_busy when the original changed meanwhile, and
-/// cross_device_link for anything but regular files and symbolic links. The whole file is at `from` then,
-/// and nothing of it at `to`. Safe from any thread.
+/// cross_device_link for anything but regular files and symbolic links. A folder that is not where it was found
+/// any more, before the copy is put into place or before the original is removed, is an error that names it. The
+/// whole file is at `from` then, and nothing of it at `to`. Safe from any thread.
 namespace FileCopyMover {
 
 /// How the copy is kept out of sight until it is whole.
@@ -23,10 +23,10 @@ enum class Temporary {
 };
 
 /// Whether the folder's file system, and this process, can give an unnamed file its name later.
-bool offersUnnamedFiles(const FileURL& folder);
+bool offersUnnamedFiles(const HeldFolder& folder);
 
-void move(const FileURL& from, const FileURL& to, OwnChanges ownChanges);
-void move(const FileURL& from, const FileURL& to, OwnChanges ownChanges, Temporary temporary);
+void move(const Move& move);
+void move(const Move& move, Temporary temporary);
 
 }  // namespace FileCopyMover
 

@@ -2,6 +2,7 @@
 
 #include "FileFacts.h"
 #include "FileURL.h"
+#include "HeldFolder.h"
 
 #include <cstddef>
 #include <filesystem>
@@ -35,6 +36,9 @@ public:
     /// Whether anything stands at `url`; a link counts whether or not it leads anywhere. False only when
     /// that is known: a folder that cannot be searched or a device that does not answer throws.
     virtual bool fileExists(const FileURL& url) = 0;
+
+    /// The same in a folder that is held, wherever that is by now.
+    virtual bool fileExists(const HeldEntry& entry) = 0;
 
     /// Whether a folder, or a link to one, stands at `url`. Throws like fileExists.
     virtual bool directoryExists(const FileURL& url) = 0;
@@ -73,9 +77,20 @@ public:
     /// The facts of one entry; a link is described, not followed.
     virtual FileFacts facts(const FileURL& url) = 0;
 
-    /// Makes `folder` and every missing parent; an existing folder, or link to one, is fine. What was made has
-    /// reached the disk.
-    virtual void createDirectory(const FileURL& folder) = 0;
+    /// Holds the folder that `folder` leads to, by links, too, for moves out of it and into it. Throws what
+    /// contentsOfDirectory throws for the folder itself.
+    virtual HeldFolder hold(const FileURL& folder) = 0;
+
+    /// The same for a folder whose path begins with that of `above`: it is found below that one, or not at all,
+    /// where something else was put in the place of `above`.
+    virtual HeldFolder holdBelow(const HeldFolder& above, const FileURL& folder) = 0;
+
+    /// Makes `folder` and every missing parent, and holds it; an existing folder, or link to one, is fine. What
+    /// was made has reached the disk.
+    virtual HeldFolder createDirectory(const FileURL& folder) = 0;
+
+    /// The same below `above`, as holdBelow.
+    virtual HeldFolder createDirectoryBelow(const HeldFolder& above, const FileURL& folder) = 0;
 
     /// Has the changes of the names in `folder` reach the disk, where there is such a folder, it may be read
     /// and its file system can do that. Throws when the disk fails.
@@ -83,13 +98,21 @@ public:
 
     /// Moves `from` to `to`, across file systems too, with its content, dates, mode, extended attributes
     /// and access lists. An existing `to` is never replaced: throws file_exists. What the destination's
-    /// file system cannot keep is an error, too. On any failure the whole file is still at `from`. A
-    /// file that comes out of a trash takes its trash record away with it.
-    virtual void moveItem(const FileURL& from, const FileURL& to) = 0;
+    /// file system cannot keep is an error, too; and so is a folder that its path does not lead to any more
+    /// (device_or_resource_busy where something else stands there), which the error names. On any failure
+    /// the whole file is still at `from`. A file that comes out of a trash takes its trash record away with it.
+    virtual void moveItem(const HeldEntry& from, const HeldEntry& to) = 0;
 
-    /// Moves `url` to the user's Trash, where other programs find it with its origin and date. Returns
-    /// where it lies now, or nothing if the system cannot tell. On any failure the file is still at `url`.
-    virtual std::optional<FileURL> trashItem(const FileURL& url) = 0;
+    /// The same between folders that nobody has looked at before.
+    void moveItem(const FileURL& from, const FileURL& to);
+
+    /// Moves `file` to the user's Trash, where other programs find it with its origin and date. Returns
+    /// where it lies now, or nothing if the system cannot tell. A folder that its path does not lead to any more
+    /// is an error as above. On any failure the file is still in its place.
+    virtual std::optional<FileURL> trashItem(const HeldEntry& file) = 0;
+
+    /// The same from a folder that nobody has looked at before.
+    std::optional<FileURL> trashItem(const FileURL& url);
 
     /// Sets when the file was created; throws not_supported where that date cannot be changed.
     virtual void setCreationDate(const FileURL& url, Date date) = 0;

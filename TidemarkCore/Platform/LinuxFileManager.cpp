@@ -102,6 +102,16 @@ bool LinuxFileManager::fileExists(const FileURL& url)
     fail("cannot look up", url, errno);
 }
 
+bool LinuxFileManager::fileExists(const HeldEntry& entry)
+{
+    systemPath(entry.url);
+    if (Folders::statusOf(entry))
+        return true;
+    if (meansNothingThere(errno))
+        return false;
+    fail("cannot look up", entry.url, errno);
+}
+
 bool LinuxFileManager::directoryExists(const FileURL& url)
 {
     struct stat status;
@@ -145,9 +155,26 @@ FileFacts LinuxFileManager::facts(const FileURL& url)
     return FileFactsReader::facts(url);
 }
 
-void LinuxFileManager::createDirectory(const FileURL& folder)
+HeldFolder LinuxFileManager::hold(const FileURL& folder)
 {
-    Folders::make(folder, 0777, m_ownChanges);
+    return Folders::hold(folder);
+}
+
+HeldFolder LinuxFileManager::holdBelow(const HeldFolder& above, const FileURL& folder)
+{
+    Folders::requireInPlace(above);
+    return Folders::holdBelow(above, folder);
+}
+
+HeldFolder LinuxFileManager::createDirectory(const FileURL& folder)
+{
+    return Folders::make(folder, 0777, m_ownChanges);
+}
+
+HeldFolder LinuxFileManager::createDirectoryBelow(const HeldFolder& above, const FileURL& folder)
+{
+    Folders::requireInPlace(above);
+    return Folders::makeBelow(above, folder, 0777, m_ownChanges);
 }
 
 void LinuxFileManager::flushDirectory(const FileURL& folder)
@@ -155,15 +182,15 @@ void LinuxFileManager::flushDirectory(const FileURL& folder)
     Folders::flushIfPossible(folder);
 }
 
-void LinuxFileManager::moveItem(const FileURL& from, const FileURL& to)
+void LinuxFileManager::moveItem(const HeldEntry& from, const HeldEntry& to)
 {
-    FileMover::move(from, to, m_ownChanges);
-    m_trash.removeRecord(from);
+    FileMover::move({from, to, m_ownChanges});
+    m_trash.removeRecord(from.url);
 }
 
-std::optional<FileURL> LinuxFileManager::trashItem(const FileURL& url)
+std::optional<FileURL> LinuxFileManager::trashItem(const HeldEntry& file)
 {
-    return m_trash.moveIn(url);
+    return m_trash.moveIn(file);
 }
 
 void LinuxFileManager::setCreationDate(const FileURL& url, Date)

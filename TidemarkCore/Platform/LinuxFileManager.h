@@ -15,6 +15,7 @@ public:
     explicit LinuxFileManager(OwnChangeRecorder* ownChanges = nullptr);
 
     bool fileExists(const FileURL& url) override;
+    bool fileExists(const HeldEntry& entry) override;
     bool directoryExists(const FileURL& url) override;
     FileURL resolvingLinks(const FileURL& url) override;
     std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) override;
@@ -23,10 +24,15 @@ public:
     bool visitNames(const FileURL& folder, const NameVisitor& visit) override;
     void requireListable(const FileURL& folder) override;
     FileFacts facts(const FileURL& url) override;
-    void createDirectory(const FileURL& folder) override;
+    HeldFolder hold(const FileURL& folder) override;
+    HeldFolder holdBelow(const HeldFolder& above, const FileURL& folder) override;
+    HeldFolder createDirectory(const FileURL& folder) override;
+    HeldFolder createDirectoryBelow(const HeldFolder& above, const FileURL& folder) override;
     void flushDirectory(const FileURL& folder) override;
-    void moveItem(const FileURL& from, const FileURL& to) override;
-    std::optional<FileURL> trashItem(const FileURL& url) override;
+    using FileManager::moveItem;
+    void moveItem(const HeldEntry& from, const HeldEntry& to) override;
+    using FileManager::trashItem;
+    std::optional<FileURL> trashItem(const HeldEntry& file) override;
     void setCreationDate(const FileURL& url, Date date) override;
     std::string readFile(const FileURL& url, std::size_t maxBytes) override;
     std::string readPrefix(const FileURL& url, std::size_t maxBytes) override;

@@ -14,7 +14,8 @@
 
 #include <cstdint>
 #include <memory>
-#include <vector>
+#include <optional>
+#include <string>
 
 namespace tidemark {
 
@@ -26,12 +27,12 @@ constexpr mode_t forTheUserAlone = 0700;
 /// So many files of one name are in a trash before it is given up.
 constexpr int mostNames = 10'000;
 
-struct stat statusOf(const FileURL& url)
+struct stat statusOf(const HeldEntry& file)
 {
-    struct stat status;
-    if (::lstat(url.path().c_str(), &status) != 0)
-        fail(cannotTrash, url, errno);
-    return status;
+    const std::optional<struct stat> status = Folders::statusOf(file);
+    if (!status)
+        fail(cannotTrash, file.url, errno);
+    return *status;
 }
 
 /// The path without any link in its folders. A link at its end is kept: it is what goes to the trash.
@@ -92,24 +93,40 @@ std::optional<FileURL> mountPointAbove(const FileURL& url)
     return top;
 }
 
-/// Whether `url` is a folder of the user's own, and no link to one; made for the user alone if nothing is
-/// there.
-bool hasOwnFolder(const FileURL& url, OwnChanges ownChanges)
+struct stat statusOf(const HeldFolder& folder)
 {
     struct stat status;
-    if (Folders::makeOne(url, forTheUserAlone, ownChanges) != 0)
-        return false;
-    return ::lstat(url.path().c_str(), &status) == 0 && S_ISDIR(status.st_mode)
-        && status.st_uid == ::geteuid();
+    if (::fstat(folder.descriptor(), &status) != 0)
+        fail(cannotTrash, folder.url(), errno);
+    return status;
+}
+
+/// A folder of the user's own, and no link to one; made for the user alone if nothing is there.
+std::optional<HeldFolder> ownFolder(
+    const HeldFolder& parent, std::string_view name, OwnChanges ownChanges)
+{
+    try {
+        HeldFolder folder = Folders::makeIn(parent, name, forTheUserAlone, ownChanges);
+        if (statusOf(folder).st_uid == ::geteuid())
+            return folder;
+    } catch (const std::filesystem::filesystem_error&) {
+        // Another trash will do.
+    }
+    return std::nullopt;
 }
 
 /// A folder for the trashes of all users, which the administrator made such that nobody can take away
 /// another one's. A link there may lead anywhere.
-bool isSharedTrash(const FileURL& url)
+std::optional<HeldFolder> sharedTrash(const HeldFolder& top)
 {
-    struct stat status;
-    return ::lstat(url.path().c_str(), &status) == 0 && S_ISDIR(status.st_mode)
-        && (status.st_mode & S_ISVTX) != 0;
+    try {
+        HeldFolder folder = Folders::holdIn(top, ".Trash");
+        if ((statusOf(folder).st_mode & S_ISVTX) != 0)
+            return folder;
+    } catch (const std::filesystem::filesystem_error&) {
+        // Most file systems have none.
+    }
+    return std::nullopt;
 }
 
 std::string userID()
@@ -124,58 +141,52 @@ bool isInside(const FileURL& url, const FileURL& folder)
 
 /// One trash.
 struct Place {
-    FileURL folder;
+    HeldFolder files;
+    HeldFolder info;
     FileURL top;  ///< Records name their origin relative to this; the root for the home trash.
-
-    FileURL files() const { return folder.appending("files"); }
-    FileURL info() const { return folder.appending("info"); }
 };
 
 /// A file on its way to a trash.
 struct Item {
-    FileURL url;  ///< As the caller gave it.
+    HeldEntry file;
     FileURL realURL;
     dev_t device;
     OwnChanges ownChanges;
 };
 
-/// The trash in `folder` at the top of a file system, made if it is missing; nothing if it cannot be had.
-std::optional<Place> placeAtTop(const FileURL& top, const FileURL& folder, OwnChanges ownChanges)
+/// The trash of this name in a folder at the top of a file system, made if it is missing; nothing if it cannot
+/// be had.
+std::optional<Place> placeAtTop(
+    const FileURL& top, const HeldFolder& parent, const std::string& name, OwnChanges ownChanges)
 {
-    const Place place{folder, top};
-    for (const FileURL& each : {folder, place.files(), place.info()}) {
-        if (!hasOwnFolder(each, ownChanges))
-            return std::nullopt;
-    }
-    return place;
+    const std::optional<HeldFolder> trash = ownFolder(parent, name, ownChanges);
+    if (!trash)
+        return std::nullopt;
+    std::optional<HeldFolder> files = ownFolder(*trash, "files", ownChanges);
+    std::optional<HeldFolder> info = ownFolder(*trash, "info", ownChanges);
+    if (!files || !info)
+        return std::nullopt;
+    return Place{std::move(*files), std::move(*info), top};
 }
 
-std::vector<Place> placesBeside(const Item& item)
+std::optional<Place> placeBeside(const Item& item)
 {
-    std::vector<Place> places;
     const std::optional<FileURL> top = mountPointAbove(item.realURL);
     if (!top)
-        return places;
-    const FileURL shared = top->appending(".Trash");
-    if (isSharedTrash(shared)) {
-        if (std::optional<Place> place =
-                placeAtTop(*top, shared.appending(userID()), item.ownChanges))
-            places.push_back(std::move(*place));
-    }
-    if (places.empty()) {
-        const FileURL personal = top->appending(".Trash-" + userID());
-        if (std::optional<Place> place = placeAtTop(*top, personal, item.ownChanges))
-            places.push_back(std::move(*place));
-    }
-    return places;
+        return std::nullopt;
+    const HeldFolder folder = Folders::hold(*top);
+    std::optional<Place> place;
+    if (const std::optional<HeldFolder> shared = sharedTrash(folder))
+        place = placeAtTop(*top, *shared, userID(), item.ownChanges);
+    return place ? std::move(place)
+                 : placeAtTop(*top, folder, ".Trash-" + userID(), item.ownChanges);
 }
 
 Place homePlace(const FileURL& folder, OwnChanges ownChanges)
 {
-    Place place{folder, FileURL::directory("/")};
-    Folders::make(place.files(), forTheUserAlone, ownChanges);
-    Folders::make(place.info(), forTheUserAlone, ownChanges);
-    return place;
+    return {Folders::make(folder.appending("files"), forTheUserAlone, ownChanges),
+        Folders::make(folder.appending("info"), forTheUserAlone, ownChanges),
+        FileURL::directory("/")};
 }
 
 std::string recordedPath(const Item& item, const Place& place)
@@ -186,35 +197,36 @@ std::string recordedPath(const Item& item, const Place& place)
 
 enum class AcrossFileSystems { no, yes };
 
-FileMover::Result moveFile(const Item& item, const FileURL& to, AcrossFileSystems across)
+FileMover::Result moveFile(const Move& move, AcrossFileSystems across)
 {
     if (across == AcrossFileSystems::no)
-        return FileMover::moveWithinFileSystem(item.url, to, item.ownChanges);
-    FileMover::move(item.url, to, item.ownChanges);
+        return FileMover::moveWithinFileSystem(move);
+    FileMover::move(move);
     return FileMover::Result::moved;
 }
 
-bool isKnownToBeFree(const FileURL& url)
+bool isKnownToBeFree(const HeldEntry& place)
 {
-    struct stat status;
-    return ::lstat(url.path().c_str(), &status) != 0 && errno == ENOENT;
+    return !Folders::statusOf(place) && errno == ENOENT;
 }
 
 /// Where the file lies in that trash now; nothing when the trash is on another file system after all.
 std::optional<FileURL> moveTo(const Place& place, const Item& item, AcrossFileSystems across)
 {
     // The journal could not name the file there.
-    if (!isValidUTF8(place.folder.path()))
-        fail(cannotTrash, item.url, EILSEQ);
+    if (!isValidUTF8(place.files.url().path()))
+        fail(cannotTrash, item.file.url, EILSEQ);
     for (int number = 1; number <= mostNames; ++number) {
-        const std::string name = TrashRecord::nameInTrash(item.url.lastPathComponent(), number);
+        const std::string name =
+            TrashRecord::nameInTrash(item.file.url.lastPathComponent(), number);
         std::optional<TrashRecord> record =
-            TrashRecord::create(place.info(), name, recordedPath(item, place), item.ownChanges);
+            TrashRecord::create(place.info, name, recordedPath(item, place), item.ownChanges);
         if (!record)
             continue;
-        const FileURL destination = place.files().appending(name);
+        const HeldEntry destination{place.files, place.files.url().appending(name)};
         try {
-            if (moveFile(item, destination, across) == FileMover::Result::otherFileSystem)
+            if (moveFile({item.file, destination, item.ownChanges}, across)
+                == FileMover::Result::otherFileSystem)
                 return std::nullopt;
         } catch (const std::filesystem::filesystem_error& error) {
             // A file without a record lies there: the next name, then.
@@ -226,9 +238,9 @@ std::optional<FileURL> moveTo(const Place& place, const Item& item, AcrossFileSy
             throw;
         }
         record->keep();
-        return destination;
+        return destination.url;
     }
-    fail(cannotTrash, item.url, EEXIST);
+    fail(cannotTrash, item.file.url, EEXIST);
 }
 
 bool isOwnTrashAtTop(const FileURL& folder)
@@ -251,22 +263,23 @@ Trash::Trash(FileURL homeTrash, OwnChanges ownChanges)
 {
 }
 
-FileURL Trash::moveIn(const FileURL& url) const
+FileURL Trash::moveIn(const HeldEntry& file) const
 {
-    systemPath(url);
-    const std::string_view name = url.lastPathComponent();
+    systemPath(file.url);
+    const std::string_view name = file.url.lastPathComponent();
     if (name.empty() || name == "." || name == "..")
-        fail(cannotTrash, url, EINVAL);
-    const Item item{url, withoutLinks(url), statusOf(url).st_dev, m_ownChanges};
-    requireOutsideOfTrashes(url, item.realURL);
+        fail(cannotTrash, file.url, EINVAL);
+    Folders::requireInPlace(file.folder);
+    const Item item{file, withoutLinks(file.url), statusOf(file).st_dev, m_ownChanges};
+    requireOutsideOfTrashes(file.url, item.realURL);
 
     if (item.device == deviceOf(m_home)) {
         const Place home = homePlace(m_home, m_ownChanges);
         if (std::optional<FileURL> place = moveTo(home, item, AcrossFileSystems::no))
             return *place;
     }
-    for (const Place& each : placesBeside(item)) {
-        if (std::optional<FileURL> place = moveTo(each, item, AcrossFileSystems::no))
+    if (const std::optional<Place> beside = placeBeside(item)) {
+        if (std::optional<FileURL> place = moveTo(*beside, item, AcrossFileSystems::no))
             return *place;
     }
     return *moveTo(homePlace(m_home, m_ownChanges), item, AcrossFileSystems::yes);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileURL.h"
+#include "HeldFolder.h"
 #include "OwnChanges.h"
 
 namespace tidemark {
@@ -19,10 +19,11 @@ public:
 
     explicit Trash(FileURL homeTrash, OwnChanges ownChanges = {});
 
-    /// Moves `url` into a trash and returns where it lies now. Throws filesystem_error: invalid_argument for
+    /// Moves `file` into a trash and returns where it lies now. Throws filesystem_error: invalid_argument for
     /// what lies in a trash already, or holds one; illegal_byte_sequence for a trash whose path is not valid
-    /// UTF-8. The file is still at `url` then and no record is left.
-    FileURL moveIn(const FileURL& url) const;
+    /// UTF-8; the error of a folder that is not where it was found any more names it. The file is still in its
+    /// place then and no record is left.
+    FileURL moveIn(const HeldEntry& file) const;
 
     /// Removes the record of a file that has been moved out of a trash, if `formerPlace` was in one. A
     /// record that cannot be removed stays: other programs ignore one without a file.

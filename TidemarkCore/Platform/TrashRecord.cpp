@@ -74,23 +74,23 @@ std::string_view shortened(std::string_view text, std::size_t size)
 
 }  // namespace
 
-std::optional<TrashRecord> TrashRecord::create(
-    const FileURL& infoFolder, std::string_view name, std::string_view path, OwnChanges ownChanges)
+std::optional<TrashRecord> TrashRecord::create(const HeldFolder& infoFolder, std::string_view name,
+    std::string_view path, OwnChanges ownChanges)
 {
-    const FileURL url = recordOf(infoFolder, name);
+    const HeldEntry place{infoFolder, recordOf(infoFolder.url(), name)};
     // Ends after the file is closed.
-    const OwnChanges::Guard change = ownChanges.begin({url});
+    const OwnChanges::Guard change = ownChanges.begin({place.url});
     const FileDescriptor file{uninterrupted([&] {
-        return ::open(
-            url.path().c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
+        return ::openat(infoFolder.descriptor(), place.name(),
+            O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     })};
     if (!file.isOpen() && errno == EEXIST)
         return std::nullopt;
     if (!file.isOpen())
-        fail("cannot make the Trash record", url, errno);
+        fail("cannot make the Trash record", place.url, errno);
 
-    TrashRecord record{url, ownChanges};
-    writeAll(file, text(path, SystemClock{}.now()), url);
+    TrashRecord record{place, ownChanges};
+    writeAll(file, text(path, SystemClock{}.now()), place.url);
     return record;
 }
 
@@ -119,14 +119,14 @@ std::string TrashRecord::nameInTrash(std::string_view name, int number)
     return std::string{shortened(stem, longestName - ending.size())} + ending;
 }
 
-TrashRecord::TrashRecord(FileURL url, OwnChanges ownChanges)
-    : m_url(std::move(url))
+TrashRecord::TrashRecord(HeldEntry place, OwnChanges ownChanges)
+    : m_place(std::move(place))
     , m_ownChanges(ownChanges)
 {
 }
 
 TrashRecord::TrashRecord(TrashRecord&& other) noexcept
-    : m_url(std::move(other.m_url))
+    : m_place(std::move(other.m_place))
     , m_ownChanges(other.m_ownChanges)
     , m_isKept(std::exchange(other.m_isKept, true))
 {
@@ -135,7 +135,7 @@ TrashRecord::TrashRecord(TrashRecord&& other) noexcept
 TrashRecord::~TrashRecord()
 {
     if (!m_isKept)
-        Folders::removeName(m_url, m_ownChanges);
+        Folders::removeName(m_place, m_ownChanges);
 }
 
 }  // namespace tidemark

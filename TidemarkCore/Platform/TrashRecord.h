@@ -2,6 +2,7 @@
 
 #include "Date.h"
 #include "FileURL.h"
+#include "HeldFolder.h"
 #include "OwnChanges.h"
 
 #include <optional>
@@ -19,7 +20,8 @@ public:
     /// Writes the record of the file that is to be `name` in the trash. Nothing when there is a record for
     /// that name; throws filesystem_error when it cannot be written, and none is left. `path` is where the
     /// file came from, absolute or relative to the top of its file system.
-    static std::optional<TrashRecord> create(const FileURL& infoFolder, std::string_view name,
+    /// It is not used for longer than `infoFolder`.
+    static std::optional<TrashRecord> create(const HeldFolder& infoFolder, std::string_view name,
         std::string_view path, OwnChanges ownChanges);
 
     /// What a record says; the date in the current time zone.
@@ -39,9 +41,9 @@ public:
     void keep() { m_isKept = true; }
 
 private:
-    TrashRecord(FileURL url, OwnChanges ownChanges);
+    TrashRecord(HeldEntry place, OwnChanges ownChanges);
 
-    FileURL m_url;
+    HeldEntry m_place;
     OwnChanges m_ownChanges;
     bool m_isKept = false;
 };

@@ -25,18 +25,19 @@ public:
     /// The journal's last entry as it was on disk when each file was moved or trashed.
     std::vector<JournalEntry> journaledBefore;
 
-    void moveItem(const FileURL& from, const FileURL& to) override
+    void moveItem(const HeldEntry& from, const HeldEntry& to) override
     {
         noteJournal();
         m_disk.moveItem(from, to);
     }
-    std::optional<FileURL> trashItem(const FileURL& url) override
+    std::optional<FileURL> trashItem(const HeldEntry& file) override
     {
         noteJournal();
-        return m_disk.trashItem(url);
+        return m_disk.trashItem(file);
     }
 
     bool fileExists(const FileURL& url) override { return m_disk.fileExists(url); }
+    bool fileExists(const HeldEntry& entry) override { return m_disk.fileExists(entry); }
     bool directoryExists(const FileURL& url) override { return m_disk.directoryExists(url); }
     FileURL resolvingLinks(const FileURL& url) override { return m_disk.resolvingLinks(url); }
     std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) override
@@ -45,7 +46,19 @@ public:
     }
     void requireListable(const FileURL& folder) override { m_disk.requireListable(folder); }
     FileFacts facts(const FileURL& url) override { return m_disk.facts(url); }
-    void createDirectory(const FileURL& folder) override { m_disk.createDirectory(folder); }
+    HeldFolder hold(const FileURL& folder) override { return m_disk.hold(folder); }
+    HeldFolder holdBelow(const HeldFolder& above, const FileURL& folder) override
+    {
+        return m_disk.holdBelow(above, folder);
+    }
+    HeldFolder createDirectory(const FileURL& folder) override
+    {
+        return m_disk.createDirectory(folder);
+    }
+    HeldFolder createDirectoryBelow(const HeldFolder& above, const FileURL& folder) override
+    {
+        return m_disk.createDirectoryBelow(above, folder);
+    }
     void flushDirectory(const FileURL& folder) override { m_disk.flushDirectory(folder); }
     void setCreationDate(const FileURL& url, Date date) override
     {

@@ -43,7 +43,8 @@ class GatedFileManager final : public FaultInjectingFileManager {
 public:
     using FaultInjectingFileManager::FaultInjectingFileManager;
 
-    void moveItem(const FileURL& from, const FileURL& to) override
+    using FaultInjectingFileManager::moveItem;
+    void moveItem(const HeldEntry& from, const HeldEntry& to) override
     {
         gate.pass();
         FaultInjectingFileManager::moveItem(from, to);

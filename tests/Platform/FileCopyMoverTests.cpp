@@ -1,5 +1,6 @@
 #include "FileCopyMover.h"
 
+#include "HeldMove.h"
 #include "PrivateMounts.h"
 #include "TemporaryFolder.h"
 
@@ -35,7 +36,7 @@ std::string nameOfRow(const testing::TestParamInfo<Row>& info)
 int errorOf(const FileURL& from, const FileURL& to, Temporary temporary, OwnChanges ownChanges = {})
 {
     try {
-        FileCopyMover::move(from, to, ownChanges, temporary);
+        FileCopyMover::move(*HeldMove{from, to, ownChanges}, temporary);
     } catch (const std::filesystem::filesystem_error& error) {
         EXPECT_FALSE(error.path1().empty());
         return error.code().value();
@@ -127,7 +128,7 @@ class MovingByCopy : public testing::TestWithParam<Row> {
 protected:
     void move(const FileURL& from, const FileURL& to)
     {
-        FileCopyMover::move(from, to, {}, GetParam().temporary);
+        FileCopyMover::move(*HeldMove{from, to}, GetParam().temporary);
     }
 
     int errorOfMove(const FileURL& from, const FileURL& to)
@@ -408,9 +409,11 @@ TEST(FileCopyMover, ChoosesAWayThatTheDestinationOffers)
 {
     const TemporaryFolder folder;
     const FileURL from = folder.write("from", "content");
-    FileCopyMover::move(from, folder.url("to"), {});
+    FileCopyMover::move(*HeldMove{from, folder.url("to")});
     EXPECT_THAT(folder.names(), testing::ElementsAre("to"));
-    EXPECT_FALSE(FileCopyMover::offersUnnamedFiles(folder.url("none")));
+    const HeldFolder removed = Folders::hold(folder.makeFolder("removed"));
+    std::filesystem::remove(folder.path("removed"));
+    EXPECT_FALSE(FileCopyMover::offersUnnamedFiles(removed));
 }
 
 TEST(FileCopyMover, ReadingTheOriginalDoesNotTouchItsLastOpenedDate)

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 
 // What every FileManager promises, checked on the real one and on the one that tests put in its place.
@@ -235,6 +236,93 @@ TEST_P(FileManagerContract, AMoveNeverReplaces)
         EXPECT_EQ(read(at("file")), "mine");
         EXPECT_FALSE(files().fileExists(at("nowhere")));
     }
+}
+
+TEST_P(FileManagerContract, AHeldFolderIsUsedOrNone)
+{
+    struct Row {
+        const char*
+            replacement;  ///< Where the held folder goes to; what comes into its place then.
+        std::function<void(const FileURL&)> place;
+        std::errc error;
+    };
+    const Row rows[] = {
+        {"nothing", [](const FileURL&) {}, std::errc::no_such_file_or_directory},
+        {"another folder", [&](const FileURL& url) { files().createDirectory(url); },
+            std::errc::device_or_resource_busy},
+        {"a link",
+            [&](const FileURL& url) { makeLink(url.lastPathComponent(), at("outside").path()); },
+            std::errc::device_or_resource_busy},
+    };
+    files().createDirectory(at("outside"));
+    const FileURL secret = write("outside/file", "secret");
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.replacement);
+        files().createDirectory(at("folder"));
+        const FileURL file = write("folder/file", "content");
+        const FileURL other = write("other", "content");
+        const HeldFolder folder = files().hold(at("folder"));
+        const HeldFolder parent = files().hold(m_disk->folder());
+        files().moveItem(at("folder"), at("away"));
+        row.place(at("folder"));
+
+        const HeldEntry source{folder, file};
+        const std::function<void()> calls[] = {
+            [&] {
+                files().moveItem(source, HeldEntry{parent, at("to")});
+            },
+            [&] {
+                files().moveItem(HeldEntry{parent, other}, HeldEntry{folder, at("folder/b")});
+            },
+            [&] { files().trashItem(source); },
+            [&] { files().createDirectoryBelow(folder, at("folder/new")); },
+        };
+        for (const auto& call : calls) {
+            try {
+                call();
+                ADD_FAILURE() << "something was moved";
+            } catch (const std::filesystem::filesystem_error& error) {
+                EXPECT_EQ(static_cast<std::errc>(error.code().value()), row.error) << error.what();
+                EXPECT_EQ(error.path1(), at("folder").path());
+            }
+        }
+        EXPECT_EQ(read(at("away/file")), "content");
+        EXPECT_EQ(read(other), "content");
+        EXPECT_EQ(read(secret), "secret");
+        EXPECT_EQ(names(at("outside")), std::vector<std::string>{"file"});
+
+        if (files().fileExists(at("folder")))
+            files().moveItem(at("folder"), at(std::string{"former "} + row.replacement));
+        files().moveItem(at("away"), at("folder"));
+        files().moveItem(source, HeldEntry{parent, at("to")});
+        EXPECT_EQ(read(at("to")), "content");
+        files().trashItem(at("to"));
+        files().trashItem(other);
+        files().trashItem(at("folder"));
+    }
+}
+
+TEST_P(FileManagerContract, ALinkThatIsThereBeforeIsFollowedByWhoHoldsIt)
+{
+    files().createDirectory(at("real"));
+    makeLink("link", at("real").path());
+    const FileURL file = write("real/file", "content");
+    const HeldFolder linked = files().hold(at("link"));
+    const HeldFolder made = files().createDirectoryBelow(linked, at("link/a/b"));
+    files().moveItem(HeldEntry{linked, at("link/file")}, HeldEntry{made, at("link/a/b/to")});
+    EXPECT_EQ(read(at("real/a/b/to")), "content");
+    EXPECT_FALSE(files().fileExists(file));
+}
+
+TEST_P(FileManagerContract, OnlyFoldersAreHeld)
+{
+    write("file", "");
+    makeLink("to file", at("file").path());
+    makeLink("dangling", at("none").path());
+    EXPECT_EQ(errorOf([&] { files().hold(at("file")); }), std::errc::not_a_directory);
+    EXPECT_EQ(errorOf([&] { files().hold(at("to file")); }), std::errc::not_a_directory);
+    EXPECT_EQ(errorOf([&] { files().hold(at("dangling")); }), std::errc::no_such_file_or_directory);
+    EXPECT_EQ(errorOf([&] { files().hold(at("none")); }), std::errc::no_such_file_or_directory);
 }
 
 TEST_P(FileManagerContract, AFileIsNotMovedOntoItself)

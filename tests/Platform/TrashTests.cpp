@@ -1,6 +1,7 @@
 #include "Trash.h"
 
 #include "Date.h"
+#include "Folders.h"
 #include "LinuxFileManager.h"
 #include "LoopMount.h"
 #include "PrivateMounts.h"
@@ -25,6 +26,12 @@ namespace tidemark {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+static FileURL moveIn(const Trash& trash, const FileURL& url)
+{
+    const HeldFolder folder = Folders::hold(url.parent());
+    return trash.moveIn({folder, url});
+}
+
 class TrashTest : public testing::Test {
 protected:
     TemporaryFolder m_folder;
@@ -38,7 +45,7 @@ protected:
     int errorOf(const FileURL& url) const
     {
         try {
-            m_trash.moveIn(url);
+            moveIn(m_trash, url);
         } catch (const std::filesystem::filesystem_error& error) {
             return error.code().value();
         }
@@ -70,7 +77,7 @@ static mode_t modeOf(const std::string& path)
 TEST_F(TrashTest, AFileLiesThereWithItsRecord)
 {
     const FileURL file = m_folder.write("in/photo.jpg", "content");
-    const FileURL place = m_trash.moveIn(file);
+    const FileURL place = moveIn(m_trash, file);
     EXPECT_EQ(place, m_folder.url("home/Trash/files/photo.jpg"));
     EXPECT_FALSE(m_folder.holds("in/photo.jpg"));
     EXPECT_EQ(m_folder.read("home/Trash/files/photo.jpg"), "content");
@@ -86,7 +93,7 @@ TEST_F(TrashTest, AFileLiesThereWithItsRecord)
 
 TEST_F(TrashTest, ItIsForTheUserAlone)
 {
-    m_trash.moveIn(m_folder.write("file", ""));
+    moveIn(m_trash, m_folder.write("file", ""));
     for (const char* path : {"home", "home/Trash", "home/Trash/files", "home/Trash/info"})
         EXPECT_EQ(modeOf(m_folder.path(path)), 0700U) << path;
     EXPECT_EQ(modeOf(m_folder.path("home/Trash/info/file.trashinfo")), 0600U);
@@ -98,7 +105,7 @@ TEST_F(TrashTest, TheDateIsLocalTime)
     const ScopedEnvironment zone{"TZ", "Pacific/Kiritimati"};
     const auto seconds = [] { return ::time(nullptr); };
     const std::int64_t before = seconds();
-    m_trash.moveIn(m_folder.write("file", ""));
+    moveIn(m_trash, m_folder.write("file", ""));
     const std::int64_t after = seconds();
     const std::string date = line(record("file"), 2).substr(std::strlen("DeletionDate="));
     const std::optional<Date> moment = parseISO8601(date + "+14:00");
@@ -117,7 +124,7 @@ TEST_F(TrashTest, TheOriginIsPercentEncoded)
         {"new\nline", "new%0Aline"}, {"ä", "%C3%A4"}, {"\U0001F30A", "%F0%9F%8C%8A"},
         {"a=b", "a%3Db"}, {"\xFF", "%FF"}, {"[Trash Info]", "%5BTrash%20Info%5D"}};
     for (const Row& row : rows) {
-        const FileURL place = m_trash.moveIn(m_folder.write(row.name, row.name));
+        const FileURL place = moveIn(m_trash, m_folder.write(row.name, row.name));
         EXPECT_EQ(place.lastPathComponent(), row.name);
         EXPECT_EQ(line(record(row.name), 1), "Path=" + m_folder.path(row.encoded));
         EXPECT_EQ(m_folder.read("home/Trash/files/" + row.name), row.name);
@@ -128,7 +135,7 @@ TEST_F(TrashTest, TheOriginIsToldWithoutLinksInIt)
 {
     m_folder.write("real/file", "content");
     m_folder.makeLink("link", "real");
-    m_trash.moveIn(m_folder.url("link/../link/file"));
+    moveIn(m_trash, m_folder.url("link/../link/file"));
     EXPECT_EQ(line(record("file"), 1), "Path=" + m_folder.path("real/file"));
 }
 
@@ -138,7 +145,7 @@ TEST_F(TrashTest, LinksGoThereThemselves)
     m_folder.makeLink("link", "target");
     m_folder.makeLink("broken", "nowhere");
     for (const char* name : {"link", "broken"}) {
-        m_trash.moveIn(m_folder.url(name));
+        moveIn(m_trash, m_folder.url(name));
         EXPECT_FALSE(m_folder.holds(name));
         EXPECT_TRUE(
             std::filesystem::is_symlink(m_folder.path("home/Trash/files/" + std::string{name})));
@@ -149,7 +156,7 @@ TEST_F(TrashTest, LinksGoThereThemselves)
 TEST_F(TrashTest, AFolderGoesThereWithItsContent)
 {
     m_folder.write("folder/file", "content");
-    m_trash.moveIn(m_folder.url("folder"));
+    moveIn(m_trash, m_folder.url("folder"));
     EXPECT_EQ(m_folder.read("home/Trash/files/folder/file"), "content");
     EXPECT_EQ(line(record("folder"), 1), "Path=" + m_folder.path("folder"));
 }
@@ -157,7 +164,7 @@ TEST_F(TrashTest, AFolderGoesThereWithItsContent)
 TEST_F(TrashTest, FilesOfOneNameAreNumbered)
 {
     for (const char* content : {"one", "two", "three"})
-        m_trash.moveIn(m_folder.write("a.tar.gz", content));
+        moveIn(m_trash, m_folder.write("a.tar.gz", content));
     EXPECT_THAT(
         m_folder.names("home/Trash/files"), ElementsAre("a.tar 2.gz", "a.tar 3.gz", "a.tar.gz"));
     EXPECT_THAT(m_folder.names("home/Trash/info"),
@@ -168,7 +175,7 @@ TEST_F(TrashTest, FilesOfOneNameAreNumbered)
 TEST_F(TrashTest, AStaleRecordIsLeftAlone)
 {
     m_folder.write("home/Trash/info/file.trashinfo", "stale");
-    m_trash.moveIn(m_folder.write("file", "content"));
+    moveIn(m_trash, m_folder.write("file", "content"));
     EXPECT_EQ(record("file"), "stale");
     EXPECT_EQ(m_folder.read("home/Trash/files/file 2"), "content");
     EXPECT_EQ(line(record("file 2"), 1), "Path=" + m_folder.path("file"));
@@ -177,7 +184,7 @@ TEST_F(TrashTest, AStaleRecordIsLeftAlone)
 TEST_F(TrashTest, AFileWithoutRecordIsNotReplaced)
 {
     m_folder.write("home/Trash/files/file", "orphan");
-    m_trash.moveIn(m_folder.write("file", "content"));
+    moveIn(m_trash, m_folder.write("file", "content"));
     EXPECT_EQ(m_folder.read("home/Trash/files/file"), "orphan");
     EXPECT_EQ(m_folder.read("home/Trash/files/file 2"), "content");
     EXPECT_THAT(m_folder.names("home/Trash/info"), ElementsAre("file 2.trashinfo"));
@@ -187,7 +194,7 @@ TEST_F(TrashTest, ARecordThatIsALinkIsNotWrittenThrough)
 {
     m_folder.makeFolder("home/Trash/info");
     m_folder.makeLink("home/Trash/info/file.trashinfo", m_folder.path("victim"));
-    m_trash.moveIn(m_folder.write("file", "content"));
+    moveIn(m_trash, m_folder.write("file", "content"));
     EXPECT_FALSE(m_folder.holds("victim"));
     EXPECT_EQ(m_folder.read("home/Trash/files/file 2"), "content");
 }
@@ -202,7 +209,7 @@ TEST_F(TrashTest, LongNamesAreShortenedBetweenCharacters)
     for (int i = 0; i < 2; ++i) {
         // No room for a temporary name beside this one.
         const FileURL file = m_folder.write(name, "content");
-        const FileURL place = m_trash.moveIn(file);
+        const FileURL place = moveIn(m_trash, file);
         const std::string_view given = place.lastPathComponent();
         EXPECT_LE(given.size(), 245U);
         EXPECT_TRUE(given.ends_with(i == 0 ? wave + ".jpg" : wave + " 2.jpg")) << given;
@@ -254,7 +261,7 @@ TEST_F(TrashTest, ARecordIsRemovedWhenTheMoveFails)
     const FileURL file = folder.write("locked/file", "content");
     std::filesystem::permissions(folder.path("locked"), std::filesystem::perms{0555});
     const Trash trash{folder.url("Trash")};
-    EXPECT_THROW(trash.moveIn(file), std::filesystem::filesystem_error);
+    EXPECT_THROW(moveIn(trash, file), std::filesystem::filesystem_error);
     EXPECT_EQ(folder.read("locked/file"), "content");
     EXPECT_THAT(folder.names("Trash/info"), IsEmpty());
     EXPECT_THAT(folder.names("Trash/files"), IsEmpty());
@@ -270,7 +277,7 @@ TEST_F(TrashTest, AFileStaysWhereNoTrashCanBeMade)
 
 TEST_F(TrashTest, WhatIsInATrashOrHoldsOneIsRefused)
 {
-    m_trash.moveIn(m_folder.write("file", "content"));
+    moveIn(m_trash, m_folder.write("file", "content"));
     m_folder.write(".Trash-" + userID() + "/files/a", "a");
     m_folder.write(".Trash/" + userID() + "/files/b", "b");
     m_folder.makeLink("link", "home/Trash/files");
@@ -284,7 +291,7 @@ TEST_F(TrashTest, WhatIsInATrashOrHoldsOneIsRefused)
     EXPECT_EQ(errorOf(m_folder.url("home/..")), EINVAL);
     EXPECT_EQ(m_folder.read("home/Trash/files/file"), "content");
 
-    m_trash.moveIn(m_folder.url("link"));
+    moveIn(m_trash, m_folder.url("link"));
     EXPECT_EQ(m_folder.read("home/Trash/files/file"), "content");
 }
 
@@ -293,7 +300,7 @@ TEST_F(TrashTest, AFileStaysWhereTheTrashHasAPathThatNoJournalCanName)
     const FileURL file = m_folder.write("file", "content");
     const Trash trash{FileURL{m_folder.path("h\xff/Trash")}};
     try {
-        trash.moveIn(file);
+        moveIn(trash, file);
         ADD_FAILURE() << "it was trashed";
     } catch (const std::filesystem::filesystem_error& error) {
         EXPECT_EQ(error.code().value(), EILSEQ);
@@ -343,11 +350,11 @@ TEST_F(TrashTest, TheHomeTrashFollowsTheEnvironment)
     const ScopedEnvironment home{"HOME", m_folder.path("h")};
     {
         const ScopedEnvironment data{"XDG_DATA_HOME", m_folder.path("d")};
-        EXPECT_EQ(Trash{}.moveIn(file), m_folder.url("d/Trash/files/file"));
+        EXPECT_EQ(moveIn(Trash{}, file), m_folder.url("d/Trash/files/file"));
     }
     const ScopedEnvironment data{"XDG_DATA_HOME", "relative"};
     m_folder.write("file", "content");
-    EXPECT_EQ(Trash{}.moveIn(file), m_folder.url("h/.local/share/Trash/files/file"));
+    EXPECT_EQ(moveIn(Trash{}, file), m_folder.url("h/.local/share/Trash/files/file"));
 }
 
 class TrashOnAnotherFileSystem : public TrashTest {
@@ -378,7 +385,7 @@ protected:
 TEST_F(TrashOnAnotherFileSystem, AFileStaysOnItWithARelativeOrigin)
 {
     withDisk([this] {
-        EXPECT_EQ(m_trash.moveIn(m_file), m_folder.url(personal() + "/files/a b"));
+        EXPECT_EQ(moveIn(m_trash, m_file), m_folder.url(personal() + "/files/a b"));
         EXPECT_EQ(modeOf(m_folder.path(personal())), 0700U);
         EXPECT_EQ(line(m_folder.read(personal() + "/info/a b.trashinfo"), 1), "Path=in/a%20b");
         EXPECT_FALSE(m_folder.holds("home"));
@@ -389,7 +396,7 @@ TEST_F(TrashOnAnotherFileSystem, TheSharedTrashIsPreferred)
 {
     withDisk([this] {
         makeSharedTrash(01777);
-        EXPECT_EQ(m_trash.moveIn(m_file), m_folder.url(shared() + "/files/a b"));
+        EXPECT_EQ(moveIn(m_trash, m_file), m_folder.url(shared() + "/files/a b"));
         EXPECT_EQ(line(m_folder.read(shared() + "/info/a b.trashinfo"), 1), "Path=in/a%20b");
         EXPECT_EQ(modeOf(m_folder.path(shared())), 0700U);
     });
@@ -399,7 +406,7 @@ TEST_F(TrashOnAnotherFileSystem, ASharedTrashThatIsNotStickyIsNotTrusted)
 {
     withDisk([this] {
         makeSharedTrash(0777);
-        EXPECT_EQ(m_trash.moveIn(m_file), m_folder.url(personal() + "/files/a b"));
+        EXPECT_EQ(moveIn(m_trash, m_file), m_folder.url(personal() + "/files/a b"));
         EXPECT_THAT(m_folder.names("disk/.Trash"), IsEmpty());
     });
 }
@@ -410,7 +417,7 @@ TEST_F(TrashOnAnotherFileSystem, ASharedTrashThatIsALinkIsNotTrusted)
         m_folder.makeFolder("disk/elsewhere");
         ASSERT_EQ(::chmod(m_folder.path("disk/elsewhere").c_str(), 01777), 0);
         m_folder.makeLink("disk/.Trash", "elsewhere");
-        EXPECT_EQ(m_trash.moveIn(m_file), m_folder.url(personal() + "/files/a b"));
+        EXPECT_EQ(moveIn(m_trash, m_file), m_folder.url(personal() + "/files/a b"));
         EXPECT_THAT(m_folder.names("disk/elsewhere"), IsEmpty());
     });
 }
@@ -422,7 +429,7 @@ TEST_F(TrashOnAnotherFileSystem, AUsersFolderThatIsALinkIsNotTrusted)
         m_folder.makeFolder("disk/elsewhere");
         m_folder.makeLink(shared(), "../elsewhere");
         m_folder.makeLink(personal(), "elsewhere");
-        EXPECT_EQ(m_trash.moveIn(m_file), m_folder.url("home/Trash/files/a b"));
+        EXPECT_EQ(moveIn(m_trash, m_file), m_folder.url("home/Trash/files/a b"));
         EXPECT_THAT(m_folder.names("disk/elsewhere"), IsEmpty());
         EXPECT_EQ(line(record("a b"), 1), "Path=" + m_folder.path("disk/in/a%20b"));
         EXPECT_EQ(m_folder.read("home/Trash/files/a b"), "content");
@@ -462,7 +469,7 @@ TEST_F(TrashOnAnotherFileSystem, ASecondMountOfTheSameDiskHasATrashOfItsOwn)
         m_folder.makeFolder("again");
         mountAgain(m_folder.path("real"), m_folder.path("again"));
         // The same device, and yet the kernel renames nothing across the mounts.
-        const FileURL place = m_trash.moveIn(m_folder.url("again/in/file"));
+        const FileURL place = moveIn(m_trash, m_folder.url("again/in/file"));
         EXPECT_EQ(place, m_folder.url("again/.Trash-" + userID() + "/files/file"));
         EXPECT_THAT(m_folder.names("again/in"), IsEmpty());
         EXPECT_EQ(m_folder.read("again/.Trash-" + userID() + "/files/file"), "content");
@@ -477,7 +484,7 @@ TEST_F(TrashTest, ASubvolumeHasNoneOfItsOwn)
         GTEST_SKIP() << "no btrfs in a file can be mounted here: not root, no loop device, or a "
                         "kernel without btrfs";
     const FileURL file = m_folder.write("mnt/sub/file", "content");
-    const FileURL place = Trash{m_folder.url("mnt/home/Trash")}.moveIn(file);
+    const FileURL place = moveIn(Trash{m_folder.url("mnt/home/Trash")}, file);
     // Another file system, and yet not mounted there: where other programs look for trashes it is not.
     EXPECT_EQ(place, m_folder.url("mnt/home/Trash/files/file"));
     EXPECT_EQ(m_folder.read("mnt/home/Trash/files/file"), "content");
@@ -499,7 +506,7 @@ TEST_F(TrashOnAnotherFileSystem, ATrashThatBelongsToAnotherUserIsNotTrusted)
     testWithPrivateMounts([this] {
         mountAgain(m_folder.path("real"), m_folder.path("again"));
         EXPECT_EQ(
-            m_trash.moveIn(m_folder.url("again/in/file")), m_folder.url("home/Trash/files/file"));
+            moveIn(m_trash, m_folder.url("again/in/file")), m_folder.url("home/Trash/files/file"));
         EXPECT_THAT(m_folder.names("again/.Trash-0"), IsEmpty());
     });
 }

@@ -3,6 +3,8 @@
 #include "SafetyFixture.h"
 #include "UndoReport.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -57,10 +59,11 @@ public:
         replacesNew,
         replacesNewAndChanges,
         linksFolder,
+        linksOldFolder,
     };
     static constexpr Deed everyDeed[] = {Deed::takes, Deed::replaces, Deed::changes,
         Deed::linksFile, Deed::occupies, Deed::replacesNew, Deed::replacesNewAndChanges,
-        Deed::linksFolder};
+        Deed::linksFolder, Deed::linksOldFolder};
 
     Intruder(const World& world, Deed deed, std::string from, std::string to)
         : m_world(world)
@@ -68,15 +71,17 @@ public:
         , m_from(std::move(from))
         , m_to(std::move(to))
     {
-        const bool goesToDisk = m_to.starts_with(world.place() + "/disk/");
-        m_outside = world.place() + (goesToDisk ? "/disk/outside" : "/outside");
+        const std::string& disturbed = deed == Deed::linksOldFolder ? m_from : m_to;
+        const bool isOnDisk = disturbed.starts_with(world.place() + "/disk/");
+        m_outside = world.place() + (isOnDisk ? "/disk/outside" : "/outside");
+        // Of the name at which it would be found through a link in the folder's place.
+        m_secret = m_outside + '/' + fs::path{disturbed}.filename().string();
         for (const auto& [content, origin] : world.origins())
             m_wanted.insert(content);
         fs::create_directories(atticFor(m_from));
         fs::create_directories(atticFor(m_to));
         fs::create_directories(m_outside);
-        // Of the name at which it would be found through a link in the folder's place.
-        write(m_outside + '/' + fs::path{m_to}.filename().string(), "secret");
+        write(m_secret, "secret");
         m_wanted.insert("secret");
     }
 
@@ -92,7 +97,7 @@ public:
         case Deed::changes:
             return isThere && change();
         case Deed::linksFile:
-            return isThere && take() && link(secret(), m_from);
+            return isThere && take() && link(m_secret, m_from);
         case Deed::occupies:
             return occupy();
         case Deed::replacesNew:
@@ -100,13 +105,23 @@ public:
         case Deed::replacesNewAndChanges:
             return isThere && replaceNew() && change();
         case Deed::linksFolder:
-            return linkFolder();
+            return linkFolder(m_to);
+        case Deed::linksOldFolder:
+            return linkFolder(m_from);
         }
         return false;
     }
 
     const std::set<std::string>& wanted() const { return m_wanted; }
-    std::string secret() const { return m_outside + '/' + fs::path{m_to}.filename().string(); }
+
+    /// All that lies where no link may lead, by content.
+    std::set<std::string> outside() const
+    {
+        std::set<std::string> contents;
+        for (const fs::directory_entry& entry : fs::directory_iterator{m_outside})
+            contents.insert(read(entry.path().string()));
+        return contents;
+    }
 
 private:
     /// Another program's own folder on the file system of a path, for what it takes away.
@@ -165,12 +180,12 @@ private:
         return place(m_to);
     }
 
-    bool linkFolder()
+    bool linkFolder(const std::string& path)
     {
-        const fs::path folder = fs::path{m_to}.parent_path();
+        const fs::path folder = fs::path{path}.parent_path();
         if (!fs::is_directory(fs::symlink_status(folder)))
             return false;
-        fs::rename(folder, atticFor(m_to) + "/folder");
+        fs::rename(folder, atticFor(path) + "/folder");
         return link(m_outside, folder.string());
     }
 
@@ -179,6 +194,7 @@ private:
     std::string m_from;
     std::string m_to;
     std::string m_outside;
+    std::string m_secret;
     std::set<std::string> m_wanted;  // contents
 };
 
@@ -188,7 +204,8 @@ std::ostream& operator<<(std::ostream& stream, Intruder::Deed deed)
         "writes into the file", "puts a link into the file's place", "takes the file's new name",
         "puts another file into its new place",
         "puts another file into its new place and writes into the old one",
-        "puts a link into the place of the folder that the file goes to"};
+        "puts a link into the place of the folder that the file goes to",
+        "puts a link into the place of the folder that the file comes from"};
     return stream << texts[static_cast<int>(deed)];
 }
 
@@ -196,23 +213,26 @@ class DisturbedAnywhere : public SafetyTest {
 protected:
     /// From where to where the first file goes, and at which calls there is a point in disturbing that.
     struct Course {
+        std::string content;
         std::string from;
         std::string to;
         std::vector<TracedCall> calls;
+
+        std::string folder() const { return fs::path{to}.parent_path().string(); }
+        std::string oldFolder() const { return fs::path{from}.parent_path().string(); }
     };
 
     static Course courseOf(World& world)
     {
-        std::string content;
+        Course course;
         for (const auto& [each, origin] : world.origins()) {
             if (origin == world.place() + '/' + world.scenario().files.front())
-                content = each;
+                course.content = each;
         }
-        Course course;
-        course.from = placesIn(world)[content].front();
+        course.from = placesIn(world)[course.content].front();
         TracedOutcome outcome = world.run([](const TracedCall&) { return CallVerdict{}; });
         EXPECT_EQ(outcome.status, 0) << outcome.error;
-        course.to = placesIn(world)[content].front();
+        course.to = placesIn(world)[course.content].front();
         course.calls = std::move(outcome.calls);
         std::erase_if(course.calls, [&](const TracedCall& call) {
             return world.scenario().refuses != nullptr && world.scenario().refuses(call) != 0;
@@ -222,7 +242,7 @@ protected:
 
     static bool isNear(const TracedCall& call, const Course& course)
     {
-        const std::string folder = fs::path{course.to}.parent_path().string();
+        const std::string folder = course.folder();
         for (const std::string& path : {call.path, call.otherPath}) {
             if (path == course.from || path == course.to || path == folder
                 || path.starts_with(folder + "/.tidemark-") || path.starts_with(folder + "/#"))
@@ -231,8 +251,10 @@ protected:
         return false;
     }
 
-    /// The short form keeps to the calls by which the file gets its new name and loses the old one, and to
-    /// what is opened and looked up in between.
+    /// The moments to disturb. The short form keeps to the calls by which the file gets its new name and loses
+    /// the old one, and to what is opened and looked up in between; with links in the place of folders, to all that
+    /// concerns the file or its folders from the moment on at which the product has looked at that folder. A link
+    /// that is there before is the user's own.
     class Window {
     public:
         explicit Window(const Course& course)
@@ -240,23 +262,59 @@ protected:
         {
         }
 
-        bool includes(const TracedCall& call)
+        bool includes(const TracedCall& call, Intruder::Deed deed) const
         {
+            using Deed = Intruder::Deed;
+            if (deed == Deed::linksFolder || deed == Deed::linksOldFolder) {
+                const bool isSeen = deed == Deed::linksFolder ? m_hasSeenFolder : m_holdsOldFolder;
+                return isSeen && (isNear(call, m_course) || call.path == m_course.oldFolder())
+                    && (wantsLongTests() || (!m_isOver && call.descriptor < 0));
+            }
             using Kind = TracedCall::Kind;
-            const bool isRename = call.kind == Kind::rename;
-            const bool begins =
-                ((isRename || call.kind == Kind::link) && call.otherPath == m_course.to)
-                || (call.kind == Kind::create && call.path == m_course.to);
-            const bool ends = (isRename || call.kind == Kind::remove) && call.path == m_course.from;
             const bool isInside = m_isOpen && (call.kind == Kind::open || call.kind == Kind::look);
-            if (call.result >= 0)
-                m_isOpen = (m_isOpen || begins) && !ends;
-            return wantsLongTests() || begins || ends || isInside;
+            return isNear(call, m_course)
+                && (wantsLongTests() || begins(call) || ends(call) || isInside);
         }
 
+        void pass(const TracedCall& call)
+        {
+            const bool looks = call.kind == TracedCall::Kind::open && (call.flags & O_PATH) != 0;
+            const bool finds = looks && call.result >= 0;
+            m_hasSeenFolder = m_hasSeenFolder || (looks && call.path == m_course.folder());
+            m_holdsFolder = m_holdsFolder || (finds && call.path == m_course.folder());
+            m_holdsOldFolder = m_holdsOldFolder || (finds && call.path == m_course.oldFolder());
+            if (call.result < 0)
+                return;
+            m_isOpen = (m_isOpen || begins(call)) && !ends(call);
+            m_isOver = m_isOver || ends(call);
+        }
+
+        /// Whether the file's folder stays the same for the files after it. It does not before it is found or made,
+        /// and for each file the product looks at the Trash anew.
+        bool holdsFolder() const { return m_holdsFolder && !m_course.folder().ends_with("/files"); }
+
     private:
+        bool begins(const TracedCall& call) const
+        {
+            using Kind = TracedCall::Kind;
+            return ((call.kind == Kind::rename || call.kind == Kind::link)
+                       && call.otherPath == m_course.to)
+                || (call.kind == Kind::create && call.path == m_course.to);
+        }
+
+        bool ends(const TracedCall& call) const
+        {
+            using Kind = TracedCall::Kind;
+            return (call.kind == Kind::rename || call.kind == Kind::remove)
+                && call.path == m_course.from;
+        }
+
         const Course& m_course;
         bool m_isOpen = false;
+        bool m_isOver = false;
+        bool m_hasSeenFolder = false;  ///< Or that there is none yet.
+        bool m_holdsFolder = false;
+        bool m_holdsOldFolder = false;
     };
 
     /// The moment that is outside of the product's power: it has looked whose file it is, and takes it away
@@ -289,6 +347,15 @@ protected:
         EXPECT_NO_THROW(world.journal()) << "journal.json is torn";
     }
 
+    static void expectUntouched(
+        std::set<std::string> outside, const Course& course, bool mayHoldLaterFiles)
+    {
+        EXPECT_TRUE(outside.contains("secret")) << "taken through a link";
+        EXPECT_FALSE(outside.contains(course.content)) << "went through a link";
+        outside.erase("secret");
+        EXPECT_TRUE(outside.empty() || mayHoldLaterFiles) << testing::PrintToString(outside);
+    }
+
     /// As far as it goes: what stands in the way of an undo then is the intruder's doing.
     static void undoEverything(const World& world)
     {
@@ -300,7 +367,8 @@ protected:
     }
 
     /// Whether there was something to disturb.
-    static bool disturb(std::size_t index, Intruder::Deed deed, const Course& course, World& world)
+    static bool disturb(std::size_t index, Intruder::Deed deed, const Course& course,
+        const Window& window, World& world)
     {
         world.reset();
         Intruder intruder{world, deed, course.from, course.to};
@@ -319,10 +387,9 @@ protected:
         const bool mayBeTwice =
             world.scenario().needsDisk || world.scenario().name.ends_with("ByLinks");
         expectAccount(intruder.wanted(), world, mayBeTwice);
-        // Through a link in a folder's place it may be swept like any other file there.
-        if (deed != Intruder::Deed::linksFolder) {
-            EXPECT_EQ(read(intruder.secret()), "secret");
-        }
+        // To a file after this one, a link to a folder that nobody has looked at is the user's own.
+        expectUntouched(intruder.outside(), course,
+            deed == Intruder::Deed::linksFolder && !window.holdsFolder());
         undoEverything(world);
         expectAccount(intruder.wanted(), world, mayBeTwice);
         return true;
@@ -341,17 +408,16 @@ TEST_P(DisturbedAnywhere, LosesNoFileAndReplacesNone)
         std::size_t disturbances = 0;
         for (std::size_t index = 0; index < course.calls.size(); ++index) {
             const TracedCall& call = course.calls[index];
-            if (!isNear(call, course) || !window.includes(call))
-                continue;
             for (const Deed deed : Intruder::everyDeed) {
-                if (isTooLate(call, deed, course))
+                if (!window.includes(call, deed) || isTooLate(call, deed, course))
                     continue;
                 SCOPED_TRACE(testing::Message() << "before call " << index << ' ' << call.text()
                                                 << " another program " << deed);
-                disturbances += disturb(index, deed, course, world) ? 1U : 0U;
+                disturbances += disturb(index, deed, course, window, world) ? 1U : 0U;
                 if (testing::Test::HasFatalFailure())
                     return;
             }
+            window.pass(call);
         }
         EXPECT_GT(disturbances, 3U);
         printCounts(std::to_string(disturbances) + " deeds of another program between two calls");

@@ -451,11 +451,20 @@ private:
         if (const int descriptor = ownDescriptor(text); descriptor >= 0)
             return pathOfDescriptor(descriptor);
         if (text.starts_with('/'))
-            return fs::path{text}.lexically_normal().string();
+            return normal(text);
         const int base =
             folder < 0 ? AT_FDCWD : static_cast<int>(arguments[static_cast<std::size_t>(folder)]);
         const std::string above = base == AT_FDCWD ? target("cwd") : pathOfDescriptor(base);
-        return text.empty() ? above : (fs::path{above} / text).lexically_normal().string();
+        return text.empty() ? above : normal(fs::path{above} / text);
+    }
+
+    /// "folder/." is the folder, too.
+    static std::string normal(const fs::path& path)
+    {
+        std::string text = path.lexically_normal().string();
+        if (text.size() > 1 && text.ends_with('/'))
+            text.pop_back();
+        return text;
     }
 
     std::string pathOfDescriptor(int descriptor) const

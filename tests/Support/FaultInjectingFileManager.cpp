@@ -127,6 +127,11 @@ bool FaultInjectingFileManager::fileExists(const FileURL& url)
     return performing(FileCall::fileExists, url, [&] { return m_files.fileExists(url); });
 }
 
+bool FaultInjectingFileManager::fileExists(const HeldEntry& entry)
+{
+    return performing(FileCall::fileExists, entry.url, [&] { return m_files.fileExists(entry); });
+}
+
 bool FaultInjectingFileManager::directoryExists(const FileURL& url)
 {
     return performing(FileCall::directoryExists, url, [&] { return m_files.directoryExists(url); });
@@ -153,9 +158,27 @@ FileFacts FaultInjectingFileManager::facts(const FileURL& url)
     return performing(FileCall::facts, url, [&] { return m_files.facts(url); });
 }
 
-void FaultInjectingFileManager::createDirectory(const FileURL& folder)
+HeldFolder FaultInjectingFileManager::hold(const FileURL& folder)
 {
-    performing(FileCall::createDirectory, folder, [&] { m_files.createDirectory(folder); });
+    return performing(FileCall::hold, folder, [&] { return m_files.hold(folder); });
+}
+
+HeldFolder FaultInjectingFileManager::holdBelow(const HeldFolder& above, const FileURL& folder)
+{
+    return performing(FileCall::hold, folder, [&] { return m_files.holdBelow(above, folder); });
+}
+
+HeldFolder FaultInjectingFileManager::createDirectory(const FileURL& folder)
+{
+    return performing(
+        FileCall::createDirectory, folder, [&] { return m_files.createDirectory(folder); });
+}
+
+HeldFolder FaultInjectingFileManager::createDirectoryBelow(
+    const HeldFolder& above, const FileURL& folder)
+{
+    return performing(FileCall::createDirectory, folder,
+        [&] { return m_files.createDirectoryBelow(above, folder); });
 }
 
 void FaultInjectingFileManager::flushDirectory(const FileURL& folder)
@@ -163,14 +186,14 @@ void FaultInjectingFileManager::flushDirectory(const FileURL& folder)
     performing(FileCall::flushDirectory, folder, [&] { m_files.flushDirectory(folder); });
 }
 
-void FaultInjectingFileManager::moveItem(const FileURL& from, const FileURL& to)
+void FaultInjectingFileManager::moveItem(const HeldEntry& from, const HeldEntry& to)
 {
-    performing(FileCall::moveItem, from, [&] { m_files.moveItem(from, to); });
+    performing(FileCall::moveItem, from.url, [&] { m_files.moveItem(from, to); });
 }
 
-std::optional<FileURL> FaultInjectingFileManager::trashItem(const FileURL& url)
+std::optional<FileURL> FaultInjectingFileManager::trashItem(const HeldEntry& file)
 {
-    return performing(FileCall::trashItem, url, [&] { return m_files.trashItem(url); });
+    return performing(FileCall::trashItem, file.url, [&] { return m_files.trashItem(file); });
 }
 
 void FaultInjectingFileManager::setCreationDate(const FileURL& url, Date date)

@@ -11,6 +11,7 @@ namespace {
 
 constexpr int mostLinksFollowed = 40;
 constexpr std::size_t longestName = 255;
+constexpr std::uint64_t device = 1;
 
 const std::string trashFolder = "/trash/files";
 
@@ -129,6 +130,14 @@ void InMemoryFileManager::remove(const std::string& path)
     std::erase_if(m_nodes, [&](const auto& node) {
         return node.first == path || node.first.starts_with(prefixOf(path));
     });
+}
+
+void InMemoryFileManager::relocate(const std::string& from, const std::string& to)
+{
+    const std::lock_guard lock{m_mutex};
+    existing(from);
+    addParents(to);
+    rename(from, to);
 }
 
 void InMemoryFileManager::setNow(Date now)
@@ -358,6 +367,16 @@ bool InMemoryFileManager::fileExists(const FileURL& url)
     return find(url, LastLink::keep) != nullptr;
 }
 
+bool InMemoryFileManager::fileExists(const HeldEntry& entry)
+{
+    const std::lock_guard lock{m_mutex};
+    const auto folder = std::ranges::find_if(
+        m_nodes, [&](const auto& node) { return entry.folder.is(device, node.second.inode); });
+    if (folder == m_nodes.end())
+        return false;
+    return find(FileURL{joined(folder->first, entry.name())}, LastLink::keep) != nullptr;
+}
+
 bool InMemoryFileManager::directoryExists(const FileURL& url)
 {
     const std::lock_guard lock{m_mutex};
@@ -417,9 +436,50 @@ FileFacts InMemoryFileManager::facts(const FileURL& url)
     return node.facts;
 }
 
-void InMemoryFileManager::createDirectory(const FileURL& folder)
+HeldFolder InMemoryFileManager::held(const FileURL& folder) const
+{
+    const Node& node = nodeAt(resolve(folder, LastLink::follow), folder);
+    if (node.kind != Kind::folder)
+        fail("cannot find the folder", folder, std::errc::not_a_directory);
+    return {folder, device, node.inode, FileDescriptor{}};
+}
+
+void InMemoryFileManager::requireInPlace(const HeldFolder& folder) const
+{
+    const Node& node = nodeAt(resolve(folder.url(), LastLink::follow), folder.url());
+    if (!folder.is(device, node.inode))
+        fail("something else was put in the place of the folder", folder.url(),
+            std::errc::device_or_resource_busy);
+}
+
+HeldFolder InMemoryFileManager::hold(const FileURL& folder)
 {
     const std::lock_guard lock{m_mutex};
+    return held(folder);
+}
+
+HeldFolder InMemoryFileManager::holdBelow(const HeldFolder& above, const FileURL& folder)
+{
+    const std::lock_guard lock{m_mutex};
+    requireInPlace(above);
+    return held(folder);
+}
+
+HeldFolder InMemoryFileManager::createDirectory(const FileURL& folder)
+{
+    const std::lock_guard lock{m_mutex};
+    return make(folder);
+}
+
+HeldFolder InMemoryFileManager::createDirectoryBelow(const HeldFolder& above, const FileURL& folder)
+{
+    const std::lock_guard lock{m_mutex};
+    requireInPlace(above);
+    return make(folder);
+}
+
+HeldFolder InMemoryFileManager::make(const FileURL& folder)
+{
     std::string path;
     for (const std::string& name : components(folder.path())) {
         path += '/' + name;
@@ -435,6 +495,7 @@ void InMemoryFileManager::createDirectory(const FileURL& folder)
     const Node& node = nodeAt(resolve(folder, LastLink::follow), folder);
     if (node.kind != Kind::folder)
         fail("cannot make the folder", folder, std::errc::file_exists);
+    return held(folder);
 }
 
 void InMemoryFileManager::rename(const std::string& from, const std::string& to)
@@ -454,18 +515,20 @@ void InMemoryFileManager::rename(const std::string& from, const std::string& to)
     m_nodes.merge(moved);
 }
 
-void InMemoryFileManager::moveItem(const FileURL& from, const FileURL& to)
+void InMemoryFileManager::moveItem(const HeldEntry& from, const HeldEntry& to)
 {
     const std::lock_guard lock{m_mutex};
-    const std::string source = resolve(from, LastLink::keep);
-    const std::string target = resolve(to, LastLink::keep);
-    nodeAt(source, from);
-    requireWritableParent(source, from);
-    requireWritableParent(target, to);
+    requireInPlace(from.folder);
+    requireInPlace(to.folder);
+    const std::string source = resolve(from.url, LastLink::keep);
+    const std::string target = resolve(to.url, LastLink::keep);
+    nodeAt(source, from.url);
+    requireWritableParent(source, from.url);
+    requireWritableParent(target, to.url);
     if (m_nodes.contains(target))
-        failMoving(from, to, std::errc::file_exists);
+        failMoving(from.url, to.url, std::errc::file_exists);
     if (target.starts_with(prefixOf(source)))
-        failMoving(from, to, std::errc::invalid_argument);
+        failMoving(from.url, to.url, std::errc::invalid_argument);
     rename(source, target);
 }
 
@@ -480,9 +543,11 @@ std::string InMemoryFileManager::freeTrashPath(std::string_view name) const
     return path;
 }
 
-std::optional<FileURL> InMemoryFileManager::trashItem(const FileURL& url)
+std::optional<FileURL> InMemoryFileManager::trashItem(const HeldEntry& file)
 {
     const std::lock_guard lock{m_mutex};
+    const FileURL& url = file.url;
+    requireInPlace(file.folder);
     const std::string source = resolve(url, LastLink::keep);
     nodeAt(source, url);
     requireWritableParent(source, url);
@@ -544,7 +609,7 @@ std::optional<FileIdentity> InMemoryFileManager::identity(const FileURL& url)
     const Node* node = find(url, LastLink::follow);
     if (!node)
         return std::nullopt;
-    return FileIdentity{1, node->inode, node->content.size(), node->version, node->version};
+    return FileIdentity{device, node->inode, node->content.size(), node->version, node->version};
 }
 
 }  // namespace tidemark

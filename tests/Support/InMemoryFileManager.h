@@ -35,6 +35,9 @@ public:
     /// Takes a file, link or folder away with what is in it, as another program may do.
     void remove(const std::string& path);
 
+    /// Moves an entry with what is in it, as another program may do.
+    void relocate(const std::string& from, const std::string& to);
+
     /// The date that new entries get; 1 January 2025 UTC at first.
     void setNow(Date now);
 
@@ -71,15 +74,21 @@ public:
     std::vector<std::string> tree() const;
 
     bool fileExists(const FileURL& url) override;
+    bool fileExists(const HeldEntry& entry) override;
     bool directoryExists(const FileURL& url) override;
     FileURL resolvingLinks(const FileURL& url) override;
     std::vector<DirectoryEntry> contentsOfDirectory(const FileURL& folder) override;
     void requireListable(const FileURL& folder) override;
     FileFacts facts(const FileURL& url) override;
-    void createDirectory(const FileURL& folder) override;
+    HeldFolder hold(const FileURL& folder) override;
+    HeldFolder holdBelow(const HeldFolder& above, const FileURL& folder) override;
+    HeldFolder createDirectory(const FileURL& folder) override;
+    HeldFolder createDirectoryBelow(const HeldFolder& above, const FileURL& folder) override;
     void flushDirectory(const FileURL&) override { }  ///< It has no disk.
-    void moveItem(const FileURL& from, const FileURL& to) override;
-    std::optional<FileURL> trashItem(const FileURL& url) override;
+    using FileManager::moveItem;
+    void moveItem(const HeldEntry& from, const HeldEntry& to) override;
+    using FileManager::trashItem;
+    std::optional<FileURL> trashItem(const HeldEntry& file) override;
     void setCreationDate(const FileURL& url, Date date) override;
     std::string readFile(const FileURL& url, std::size_t maxBytes) override;
     std::string readPrefix(const FileURL& url, std::size_t maxBytes) override;
@@ -116,6 +125,9 @@ private:
     const Node& regularFileAt(const std::string& resolved, const FileURL& url) const;
     void requireWritableParent(const std::string& resolved, const FileURL& url) const;
     std::string freeTrashPath(std::string_view name) const;
+    HeldFolder make(const FileURL& folder);
+    HeldFolder held(const FileURL& folder) const;
+    void requireInPlace(const HeldFolder& folder) const;
     void rename(const std::string& from, const std::string& to);
 
     mutable std::mutex m_mutex;

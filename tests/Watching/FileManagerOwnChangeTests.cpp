@@ -1,6 +1,7 @@
 #include "AtomicWrite.h"
 #include "FileCopyMover.h"
 #include "FileMover.h"
+#include "HeldMove.h"
 #include "LinuxFileManager.h"
 #include "PrivateMounts.h"
 #include "ScopedEnvironment.h"
@@ -43,15 +44,14 @@ struct Caller {
         files.writeAtomically(in(name), std::array{content});
     }
 
-    FileMover::Result move(
-        FileMover::Result (*way)(const FileURL&, const FileURL&, OwnChanges)) const
+    FileMover::Result move(FileMover::Result (*way)(const Move&)) const
     {
-        return way(in("from"), in("to"), ownChanges);
+        return way(*HeldMove{in("from"), in("to"), ownChanges});
     }
 
     void copy(const std::string& from, FileCopyMover::Temporary hidden) const
     {
-        FileCopyMover::move(in(from), in("to"), ownChanges, hidden);
+        FileCopyMover::move(*HeldMove{in(from), in("to"), ownChanges}, hidden);
     }
 
     /// As a user whom the locked folder locks out.
@@ -137,7 +137,8 @@ std::vector<Row> changingCalls()
         {"take a link back", aLockedFile,
             [](const Caller& c) {
                 c.failAsOrdinaryUser([&] {
-                    FileMover::moveByLink(c.in("locked/file"), c.in("out/to"), c.ownChanges);
+                    FileMover::moveByLink(
+                        *HeldMove{c.in("locked/file"), c.in("out/to"), c.ownChanges});
                 });
             }},
         {"move by placeholder", "touch from",
@@ -151,13 +152,14 @@ std::vector<Row> changingCalls()
         {"take a placeholder back", aLockedFile,
             [](const Caller& c) {
                 c.failAsOrdinaryUser([&] {
-                    FileMover::moveByPlaceholder(c.in("locked/file"), c.in("out/to"), c.ownChanges);
+                    FileMover::moveByPlaceholder(
+                        *HeldMove{c.in("locked/file"), c.in("out/to"), c.ownChanges});
                 });
             }},
         {"take the placeholder of a folder back", "mkdir from",
             [](const Caller& c) {
-                EXPECT_THROW(
-                    FileMover::moveByPlaceholder(c.in("from"), c.in("from/to"), c.ownChanges),
+                EXPECT_THROW(FileMover::moveByPlaceholder(
+                                 *HeldMove{c.in("from"), c.in("from/to"), c.ownChanges}),
                     std::filesystem::filesystem_error);
             }},
 
@@ -169,19 +171,23 @@ std::vector<Row> changingCalls()
         {"copy a link", "ln -s nowhere file",
             [](const Caller& c) { c.copy("file", Temporary::unnamed); }},
         {"copy the way that is offered", anAttributedFile,
-            [](const Caller& c) { FileCopyMover::move(c.in("file"), c.in("to"), c.ownChanges); }},
+            [](const Caller& c) {
+                FileCopyMover::move(*HeldMove{c.in("file"), c.in("to"), c.ownChanges});
+            }},
         {"take a nameless copy back", aLockedFile,
             [](const Caller& c) {
                 c.failAsOrdinaryUser([&] {
                     FileCopyMover::move(
-                        c.in("locked/file"), c.in("out/to"), c.ownChanges, Temporary::unnamed);
+                        *HeldMove{c.in("locked/file"), c.in("out/to"), c.ownChanges},
+                        Temporary::unnamed);
                 });
             }},
         {"take a hidden copy back", aLockedFile,
             [](const Caller& c) {
                 c.failAsOrdinaryUser([&] {
                     FileCopyMover::move(
-                        c.in("locked/file"), c.in("out/to"), c.ownChanges, Temporary::named);
+                        *HeldMove{c.in("locked/file"), c.in("out/to"), c.ownChanges},
+                        Temporary::named);
                 });
             }},
         {"find the place of a copy taken", "touch file to",
@@ -198,12 +204,14 @@ std::vector<Row> changingCalls()
         {"find a name in the Trash taken",
             "touch file; mkdir -p T/files T/info; touch T/files/file",
             [](const Caller& c) {
-                Trash{c.in("T"), c.ownChanges}.moveIn(c.in("file"));
+                const HeldFolder folder = Folders::hold(c.folder);
+                Trash{c.in("T"), c.ownChanges}.moveIn({folder, c.in("file")});
             }},
         {"take a Trash record back", aLockedFile,
             [](const Caller& c) {
                 c.failAsOrdinaryUser([&] {
-                    Trash{c.in("T"), c.ownChanges}.moveIn(c.in("locked/file"));
+                    const HeldFolder folder = Folders::hold(c.in("locked"));
+                    Trash{c.in("T"), c.ownChanges}.moveIn({folder, c.in("locked/file")});
                 });
             }},
         {"move out of the Trash", "touch file",
