@@ -16,7 +16,7 @@ static bool canExist(std::string_view path)
 /// What the actions of one sweep share.
 struct Executor::Sweep {
     JournalWriter journal;
-    HeldFolders folders;
+    HeldFolders& folders;
     Date now;
 };
 
@@ -29,9 +29,16 @@ Executor::Executor(JournalStore store, FileManager& fileManager)
 SweepRecord Executor::apply(
     const SweepPlan& plan, Date startedAt, Date now, SweepObserver* observer)
 {
+    HeldFolders folders(*m_fileManager);
+    return apply(plan, folders, startedAt, now, observer);
+}
+
+SweepRecord Executor::apply(
+    const SweepPlan& plan, HeldFolders& folders, Date startedAt, Date now, SweepObserver* observer)
+{
     SweepObserver nobody;
     SweepObserver& follower = observer != nullptr ? *observer : nobody;
-    Sweep sweep{JournalWriter(m_store, startedAt), HeldFolders(*m_fileManager), now};
+    Sweep sweep{JournalWriter(m_store, startedAt), folders, now};
     for (std::size_t index = 0; index < plan.actions.size() && !follower.shouldStop(); ++index) {
         follower.willPerform(index, plan.actions.size());
         performOrWithdraw(plan.actions[index], sweep, follower);

@@ -16,9 +16,9 @@ namespace tidemark {
 /// Carries out plans and undoes the last one, with every step in the journal before a file is touched.
 ///
 /// So a crash leaves at worst an entry for a move that never happened, never a moved file that the journal
-/// does not know. Nothing is ever deleted. The folders of an action are those that its path led to when they were
-/// first looked at: where something else stands in the place of one by then, the action fails. Keeps no state between calls and has no lock: calls for one
-/// journal follow one another, under the SupportLock.
+/// does not know. Nothing is ever deleted. The folders of an action are those that its path led to when they
+/// were first looked at: where something else stands in the place of one by then, the action fails. Keeps no
+/// state between calls and has no lock: calls for one journal follow one another, under the SupportLock.
 class Executor {
 public:
     /// `fileManager` outlives the executor.
@@ -32,6 +32,10 @@ public:
     /// file has been touched then.
     SweepRecord apply(
         const SweepPlan& plan, Date startedAt, Date now, SweepObserver* observer = nullptr);
+
+    /// The same in folders that were looked at already, when the plan was made, say. Holds more of them.
+    SweepRecord apply(const SweepPlan& plan, HeldFolders& folders, Date startedAt, Date now,
+        SweepObserver* observer);
 
     /// Moves the files of the journal's last sweep back, the last one first, never over another file, and
     /// removes the sweep from the journal. Nothing when there is no sweep. Throws the first failure, and

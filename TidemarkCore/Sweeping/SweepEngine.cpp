@@ -36,10 +36,11 @@ SweepEngine::SweepEngine(Executor executor, FileManager& fileManager)
 SweepRecord SweepEngine::sweep(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
     Date startedAt, Date now, SweepObserver* observer)
 {
-    const SweepPlan joined = plan(folders, gracePeriod, now, observer);
+    HeldFolders held(*m_fileManager);
+    const SweepPlan joined = planAll(folders, gracePeriod, now, observer, &held);
     if (joined.actions.empty())
         return {.startedAt = startedAt, .entries = {}};
-    return m_executor.apply(joined, startedAt, now, observer);
+    return m_executor.apply(joined, held, startedAt, now, observer);
 }
 
 Rehearsal SweepEngine::rehearse(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
@@ -58,6 +59,13 @@ std::optional<Date> SweepEngine::nextSweepDue(const std::vector<WatchedFolder>& 
 SweepPlan SweepEngine::plan(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
     Date now, SweepObserver* observer)
 {
+    return planAll(folders, gracePeriod, now, observer, nullptr);
+}
+
+/// `held` gets every folder before it is scanned.
+SweepPlan SweepEngine::planAll(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
+    Date now, SweepObserver* observer, HeldFolders* held)
+{
     SweepObserver nobody;
     SweepObserver& follower = observer != nullptr ? *observer : nobody;
     SweepPlan joined;
@@ -66,6 +74,8 @@ SweepPlan SweepEngine::plan(const std::vector<WatchedFolder>& folders, Seconds g
             return {};
         const FileURL url = FileURL::directory(folder.path);
         follower.willScan(url);
+        if (held != nullptr)
+            held->find(url.path());
         const auto flagMatters = [&](std::string_view name) {
             return RuleChoice::asksForFlag(name, folder.rules);
         };

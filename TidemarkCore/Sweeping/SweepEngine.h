@@ -3,6 +3,7 @@
 #include "Executor.h"
 #include "FileInfo.h"
 #include "FileManager.h"
+#include "HeldFolders.h"
 #include "Rehearsal.h"
 #include "SweepObserver.h"
 #include "WatchedFolder.h"
@@ -20,14 +21,15 @@ public:
 
     /// Plans every folder against its own rules, then carries all of it out as one sweep. Without anything
     /// to do, or when the observer ends it before the last scan, the result is an empty record and neither
-    /// disk nor journal is touched. Throws what the scan of any folder throws, before anything is moved, and
-    /// what Executor::apply throws.
+    /// disk nor journal is touched. The folders that are scanned are those that files are moved out of: what
+    /// comes into the place of one meanwhile makes its actions fail. Throws what the scan of any folder throws,
+    /// before anything is moved, and what Executor::apply throws.
     SweepRecord sweep(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
         Date startedAt, Date now, SweepObserver* observer = nullptr);
 
-    /// The joined plan of all folders, in their order: what `sweep` would carry out. A folder that is listed
-    /// twice is planned twice. Empty when the observer ends it before the last scan. Throws what the scan of any
-    /// folder throws.
+    /// The joined plan of all folders, in their order: what `sweep` would carry out. A folder that is
+    /// listed twice is planned twice. Empty when the observer ends it before the last scan. Throws what
+    /// the scan of any folder throws.
     SweepPlan plan(const std::vector<WatchedFolder>& folders, Seconds gracePeriod, Date now,
         SweepObserver* observer = nullptr);
 
@@ -47,6 +49,9 @@ public:
         std::vector<FileInfo> files, const std::vector<Rule>& rules, Seconds gracePeriod, Date now);
 
 private:
+    SweepPlan planAll(const std::vector<WatchedFolder>& folders, Seconds gracePeriod, Date now,
+        SweepObserver* observer, HeldFolders* held);
+
     Executor m_executor;
     FileManager* m_fileManager;
 };

@@ -162,6 +162,42 @@ TEST_F(SweepEngineTest, MovesNothingWhenAnyFolderCannotBeScanned)
     EXPECT_FALSE(m_disk.fileExists(journalURL));
 }
 
+TEST_F(SweepEngineTest, TakesNothingFromAFolderThatComesIntoThePlaceOfAScannedOne)
+{
+    struct Swapper final : SweepObserver {
+        explicit Swapper(InMemoryFileManager& files)
+            : disk(files)
+        {
+        }
+        void willPerform(std::size_t index, std::size_t /*count*/) override
+        {
+            if (index > 0)
+                return;
+            disk.relocate("/two", "/away");
+            disk.addLink("/two", "/outside");
+        }
+        void didFail(const PlannedAction& action, const std::exception& /*error*/) override
+        {
+            failed.push_back(action.source.path());
+        }
+        InMemoryFileManager& disk;
+        std::vector<std::string> failed;
+    };
+    addFile("/one/a");
+    addFile("/two/b");
+    addFile("/outside/b");
+    Swapper swapper{m_disk};
+
+    const SweepRecord record = engineOn(m_disk).sweep(
+        {watched("/one", {movingTo("/out")}), watched("/two", {movingTo("/out")})}, Seconds(60),
+        now, now, &swapper);
+
+    EXPECT_THAT(destinations(record), ElementsAre("/out/a"));
+    EXPECT_THAT(swapper.failed, ElementsAre("/two/b"));
+    EXPECT_EQ(m_disk.content("/away/b"), "/two/b");
+    EXPECT_EQ(m_disk.content("/outside/b"), "/outside/b");
+}
+
 TEST_F(SweepEngineTest, TakesAgesFromNowAndTheRecordsStartFromItsStart)
 {
     addFile("/in/a", 60);
