@@ -22,8 +22,8 @@ void addActivityCases(const Place& place, Suite& suite);
 /// For how long the application's model holds the main thread while the journal is long, in each of the places.
 void addModelCases(const std::vector<Place>& places, Suite& suite);
 
-/// `tidemarkctl watch` with nothing to do for `rest`, beside an empty Qt program; in the first of the places, and a
-/// large tree in the last.
+/// `tidemarkctl watch` with nothing to do for `rest`, beside an empty Qt program; in the first of the
+/// places, and a large tree in the last.
 void addIdleCases(const std::vector<Place>& places, Seconds rest, Suite& suite);
 
 /// The application's start until its icon is in the panel, and its rest after that for `rest`, beside an empty

@@ -74,8 +74,8 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    /// A round is: what was posted, a look for what is new (a wait, if nothing had been posted), then timers and
-    /// descriptors. What those do before a round and what was posted belong to one turn.
+    /// A round is: what was posted, a look for what is new (a wait, if nothing had been posted), then
+    /// timers and descriptors. What those do before a round and what was posted belong to one turn.
     void roundBegins()
     {
         if (m_isInRound)

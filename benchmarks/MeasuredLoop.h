@@ -10,9 +10,9 @@ namespace tidemark::bench {
 
 /// The event loop of this thread, which takes the time of each of its turns.
 ///
-/// A turn begins with the first event after the loop has looked for what is new, and ends when it looks or waits
-/// again: for so long does nobody else get an answer. A look that finds nothing is no turn, so rest between
-/// the turns does not count. One at a time, on the main thread.
+/// A turn begins with the first event after the loop has looked for what is new, and ends when it looks
+/// or waits again: for so long does nobody else get an answer. A look that finds nothing is no turn, so
+/// rest between the turns does not count. One at a time, on the main thread.
 class MeasuredLoop {
 public:
     MeasuredLoop();
@@ -24,8 +24,8 @@ public:
     /// Has the loop call `work` as an event of its own.
     void post(std::function<void()> work);
 
-    /// Runs the loop until `isDone` says so, which is asked after each turn. Throws runtime_error when that takes
-    /// longer than two minutes.
+    /// Runs the loop until `isDone` says so, which is asked after each turn. Throws runtime_error when
+    /// that takes longer than two minutes.
     void runUntil(const std::function<bool()>& isDone);
 
     /// The turns since it was last asked for them.

@@ -31,8 +31,8 @@ public:
     /// Ends the model and brings settings, journal and folders back to the start; on the disk when it returns.
     void reset();
 
-    /// Makes files to be swept, each with a name of its own. The model, if it runs, does not notice these of its
-    /// own process; one that is started later would sweep them by itself.
+    /// Makes files to be swept, each with a name of its own. The model, if it runs, does not notice these
+    /// of its own process; one that is started later would sweep them by itself.
     void addFiles(std::size_t count);
 
     /// Makes the model from within the loop. Returns when all is done that it does at once.

@@ -15,8 +15,8 @@ struct Options {
     std::vector<std::string>
         others;  ///< For Google Benchmark, its defaults first; with the program's name.
 
-    /// Throws std::invalid_argument when an option has no value or a wrong one, filesystem_error when there is no such
-    /// folder.
+    /// Throws std::invalid_argument when an option has no value or a wrong one, filesystem_error when
+    /// there is no such folder.
     static Options parse(int count, char** arguments);
 
     /// Prints ours and those of Google Benchmark.

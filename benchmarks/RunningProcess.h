@@ -26,8 +26,8 @@ public:
 
     pid_t id() const { return m_process; }
 
-    /// Waits for a line that holds `text`. Throws runtime_error if the output ends before, or if nothing has come
-    /// for two minutes.
+    /// Waits for a line that holds `text`. Throws runtime_error if the output ends before, or if nothing
+    /// has come for two minutes.
     std::string waitForLine(std::string_view text);
 
     /// All lines until the output ends. Throws runtime_error if nothing has come for two minutes.

@@ -9,8 +9,8 @@
 
 namespace tidemark::bench {
 
-/// A desktop that nobody sees: an X display, a session bus, and something that takes in tray icons. It ends with
-/// this value.
+/// A desktop that nobody sees: an X display, a session bus, and something that takes in tray icons. It
+/// ends with this value.
 class SampleDesktop {
 public:
     /// Throws system_error when Xvfb or dbus-daemon is not installed, filesystem_error.

@@ -1,8 +1,9 @@
-/// What every program that is built with the thread sanitizer tells it, without any setting in the environment: tests start
-/// programs with environments of their own, and as other users.
+/// What every program that is built with the thread sanitizer tells it, without any setting in the
+/// environment: tests start programs with environments of their own, and as other users.
 ///
-/// The distribution's libraries are built without the sanitizer. It sees what they do with memory, descriptors and
-/// the C library's locks, yet not the futexes and inlined atomics by which they do it safely.
+/// The distribution's libraries are built without the sanitizer. It sees what they do with memory,
+/// descriptors and the C library's locks, yet not the futexes and inlined atomics by which they do it
+/// safely.
 
 #include <sched.h>
 #include <sys/types.h>
@@ -18,9 +19,9 @@ const char* __tsan_default_options()
     return "second_deadlock_stack=1:history_size=7";
 }
 
-/// Only whole libraries, and only what they call themselves: such a line leaves out no access of our own code, whoever
-/// has called it. A line that begins with "race:" would, for it fits every report with the library anywhere in a stack, and an
-/// event loop is below everything.
+/// Only whole libraries, and only what they call themselves: such a line leaves out no access of our own
+/// code, whoever has called it. A line that begins with "race:" would, for it fits every report with the
+/// library anywhere in a stack, and an event loop is below everything.
 const char* __tsan_default_suppressions();
 const char* __tsan_default_suppressions()
 {
@@ -29,9 +30,11 @@ const char* __tsan_default_suppressions()
         // network seem to be handed over, and strings and arrays are counted by atomics nobody sees.
         "called_from_lib:libQt6Core.so.6\n"
         "called_from_lib:libQt6Network.so.6\n"
-        // The raster engine has the threads of a pool paint strips of a large image, and waits for them by QSemaphore.
+        // The raster engine has the threads of a pool paint strips of a large image, and waits for them
+        // by QSemaphore.
         "called_from_lib:libQt6Gui.so.6\n"
-        // Messages are handed to Qt's thread for the bus by events, and windows' events from a thread by a queue of atomics.
+        // Messages are handed to Qt's thread for the bus by events, and windows' events from a thread by
+        // a queue of atomics.
         "called_from_lib:libQt6DBus.so.6\n"
         "called_from_lib:libdbus-1.so.3\n"
         "called_from_lib:libQt6XcbQpa.so.6\n"
@@ -54,9 +57,10 @@ const char* __tsan_default_suppressions()
 
 int __interceptor_clone(int (*)(void*), void*, int, void*, pid_t*, void*, pid_t*);
 
-/// Stands before the sanitizer's own, which takes every child for one with memory of its own. QProcess starts children that share
-/// the memory: what is meant for the child's copy of the sanitizer's state then befalls the parent. From the first
-/// child on, the parent's thread would seem to take no lock, and no race that it runs into would be told.
+/// Stands before the sanitizer's own, which takes every child for one with memory of its own. QProcess
+/// starts children that share the memory: what is meant for the child's copy of the sanitizer's state
+/// then befalls the parent. From the first child on, the parent's thread would seem to take no lock, and
+/// no race that it runs into would be told.
 int clone(int (*function)(void*), void* stack, int flags, void* argument, ...) noexcept
 {
     std::va_list more;

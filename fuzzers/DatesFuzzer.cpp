@@ -19,7 +19,8 @@
 
 namespace tidemark {
 
-/// With and without summer time, on both hemispheres, with whole days skipped, and with midnights that never were.
+/// With and without summer time, on both hemispheres, with whole days skipped, and with midnights that
+/// never were.
 static const std::vector<TimeZone>& zones()
 {
     static const std::vector<TimeZone> all = [] {

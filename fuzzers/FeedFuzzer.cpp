@@ -8,8 +8,9 @@
 
 namespace {
 
-/// Whether the application, to which the updater announces what it has found, learns the same. Addresses are the same if
-/// they are asked for in the same way: QUrl tells "#" and "%23" in a fragment apart, but writes both as "%23".
+/// Whether the application, to which the updater announces what it has found, learns the same. Addresses
+/// are the same if they are asked for in the same way: QUrl tells "#" and "%23" in a fragment apart, but
+/// writes both as "%23".
 bool isKeptByAnnouncement(const tidemark::UpdateInfo& update, std::string_view currentVersion)
 {
     using namespace tidemark;
@@ -20,7 +21,8 @@ bool isKeptByAnnouncement(const tidemark::UpdateInfo& update, std::string_view c
 
 }  // namespace
 
-/// Whatever a server sends as the update feed: it is read without harm, and what comes of it keeps its promises.
+/// Whatever a server sends as the update feed: it is read without harm, and what comes of it keeps its
+/// promises.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace tidemark;

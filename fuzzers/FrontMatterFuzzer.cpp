@@ -79,7 +79,8 @@ static void requireToStayInFolder(const MarkdownFrontMatter& matter, const std::
 
 }  // namespace tidemark
 
-/// Whatever a note begins with: it is read without harm, and neither title nor date lead the note anywhere else.
+/// Whatever a note begins with: it is read without harm, and neither title nor date lead the note
+/// anywhere else.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace tidemark;

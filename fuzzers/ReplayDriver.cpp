@@ -94,8 +94,8 @@ private:
 
 }  // namespace
 
-/// Where there is no fuzzer in the compiler: runs a target over its corpus, every input cut at every byte, and a
-/// fixed number of mutations. Finds what was found before, and shows that the target works.
+/// Where there is no fuzzer in the compiler: runs a target over its corpus, every input cut at every
+/// byte, and a fixed number of mutations. Finds what was found before, and shows that the target works.
 int main(int argc, char* argv[])
 {
     if (argc != 2) {

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string_view>
 
-/// Whatever stands in a signature file, or in place of a public key: it is read without harm, and nobody can sign
-/// for a key that is not his.
+/// Whatever stands in a signature file, or in place of a public key: it is read without harm, and nobody
+/// can sign for a key that is not his.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace tidemark;

@@ -73,8 +73,8 @@ static void requireNamesToFit(const std::string& name)
 
 }  // namespace tidemark
 
-/// Whatever a file is called (after a moment of eight bytes, up to the first NUL) and wherever it came from (the
-/// rest): its name in the Trash is one, and its record tells other programs the way back.
+/// Whatever a file is called (after a moment of eight bytes, up to the first NUL) and wherever it came
+/// from (the rest): its name in the Trash is one, and its record tells other programs the way back.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace tidemark;

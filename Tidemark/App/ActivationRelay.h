@@ -11,13 +11,13 @@
 
 namespace tidemark {
 
-/// Passes on what desktops ask over the session bus to a process that serves the support folder but is not on the
-/// bus itself, such as `tidemarkctl watch`. For a process that the bus has started for this; it ends when nothing
-/// has been asked for a few seconds. For the main thread.
+/// Passes on what desktops ask over the session bus to a process that serves the support folder but is
+/// not on the bus itself, such as `tidemarkctl watch`. For a process that the bus has started for this;
+/// it ends when nothing has been asked for a few seconds. For the main thread.
 class ActivationRelay {
 public:
-    /// `tellFailure` is given the reason when something could not be passed on. It may run an event loop, in which
-    /// more is passed on, until the reason has been read.
+    /// `tellFailure` is given the reason when something could not be passed on. It may run an event loop,
+    /// in which more is passed on, until the reason has been read.
     ActivationRelay(FileURL supportFolder, std::function<void(const std::string&)> tellFailure);
 
 private:

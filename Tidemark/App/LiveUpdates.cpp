@@ -17,8 +17,8 @@ namespace {
 /// The icon is there by then, and a session that has just begun is not held up.
 constexpr std::chrono::milliseconds restAfterLaunch{500};
 
-/// The folder of the updater that belongs to the very program that runs. Kept open, so that it is found whatever its
-/// path is and wherever it is moved to.
+/// The folder of the updater that belongs to the very program that runs. Kept open, so that it is found
+/// whatever its path is and wherever it is moved to.
 FileDescriptor openedFolder()
 {
     std::error_code error;

@@ -16,9 +16,11 @@ public:
     using CommandFailure::CommandFailure;
 };
 
-/// What a start does while a `tidemarkctl` command has the support folder: such a command is over soon, as a rule.
+/// What a start does while a `tidemarkctl` command has the support folder: such a command is over soon,
+/// as a rule.
 ///
-/// After a few seconds it tells whoever waits, who can give up. For the main thread, before its event loop runs.
+/// After a few seconds it tells whoever waits, who can give up. For the main thread, before its event
+/// loop runs.
 class StartWait {
 public:
     /// `isAwaited` when somebody looks at the screen. `signals` outlives it.

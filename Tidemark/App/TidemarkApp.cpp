@@ -80,7 +80,8 @@ bool TidemarkApp::hasOpenWindow()
 void TidemarkApp::bringForward()
 {
     m_label.appear();
-    // The bus starts it and activates it in one go: only a moment later it is known whether the icon can be seen.
+    // The bus starts it and activates it in one go: only a moment later it is known whether the icon can
+    // be seen.
     m_isAskedForward = m_host.isLooking() && !hasOpenWindow();
     if (m_isAskedForward)
         return;

@@ -7,12 +7,12 @@
 
 namespace tidemark {
 
-/// Keeps one window above those of other applications whenever it becomes the active one, which an application
-/// without a main window does not get by itself.
+/// Keeps one window above those of other applications whenever it becomes the active one, which an
+/// application without a main window does not get by itself.
 ///
-/// Where the desktop lets nobody take the focus, the window demands attention instead. On Wayland an activation
-/// token in $XDG_ACTIVATION_TOKEN is spent; without one, where no request of Qt's has any effect, the window is shown
-/// anew, since most desktops give the focus to new windows.
+/// Where the desktop lets nobody take the focus, the window demands attention instead. On Wayland an
+/// activation token in $XDG_ACTIVATION_TOKEN is spent; without one, where no request of Qt's has any
+/// effect, the window is shown anew, since most desktops give the focus to new windows.
 class BringToFront : public QObject {
 public:
     explicit BringToFront(QObject* parent);

@@ -6,8 +6,9 @@ class QScrollBar;
 
 namespace tidemark {
 
-/// A window for a form: as high as that, up to what the screen has room for; then it scrolls. Titled and closable
-/// only, and nobody resizes it. Wider than it was meant to be only where large text leaves no choice.
+/// A window for a form: as high as that, up to what the screen has room for; then it scrolls. Titled and
+/// closable only, and nobody resizes it. Wider than it was meant to be only where large text leaves no
+/// choice.
 class FormWindow : public QDialog {
 public:
     /// `width` is in device-independent pixels. `form` belongs to the window then.

@@ -6,9 +6,10 @@ namespace tidemark {
 
 namespace {
 
-/// Qt turns the first "&" that is not at the end into "_" and sends all others as they are. For the panel "_" marks a
-/// mnemonic, and "__" is an underscore (com.canonical.dbusmenu). But GTK takes a text with a mark in it apart twice:
-/// then every underscore that is left is one more mark, and is not seen. So there is either a mark or underscores.
+/// Qt turns the first "&" that is not at the end into "_" and sends all others as they are. For the panel
+/// "_" marks a mnemonic, and "__" is an underscore (com.canonical.dbusmenu). But GTK takes a text with a
+/// mark in it apart twice: then every underscore that is left is one more mark, and is not seen. So there
+/// is either a mark or underscores.
 QString panelText(QString text)
 {
     const qsizetype ampersand = text.indexOf(QChar{'&'});

@@ -10,11 +10,11 @@ namespace tidemark {
 
 /// Finds out when there is something that shows tray icons.
 ///
-/// Qt decides how it shows them at the first call to QSystemTrayIcon, and for good: by StatusNotifierItem if a
-/// host of such items is registered at that moment, else by XEmbed where there is X11, else not at all. So that
-/// call waits for `found`. On X11, where no host comes in some time, a panel that embeds icons will do (System Tray
-/// Protocol Specification of freedesktop.org). Otherwise either is waited for, as long as it takes. For the main
-/// thread.
+/// Qt decides how it shows them at the first call to QSystemTrayIcon, and for good: by StatusNotifierItem
+/// if a host of such items is registered at that moment, else by XEmbed where there is X11, else not at
+/// all. So that call waits for `found`. On X11, where no host comes in some time, a panel that embeds
+/// icons will do (System Tray Protocol Specification of freedesktop.org). Otherwise either is waited for,
+/// as long as it takes. For the main thread.
 class TrayHost : public QObject, private QAbstractNativeEventFilter {
     Q_OBJECT
 
@@ -32,8 +32,8 @@ public:
     /// session may need `patience`.
     void start(std::chrono::milliseconds patience);
 
-    /// Whether it has begun to look and does not know yet whether there is a host of StatusNotifierItems, which is a
-    /// matter of milliseconds.
+    /// Whether it has begun to look and does not know yet whether there is a host of StatusNotifierItems,
+    /// which is a matter of milliseconds.
     bool isLooking() const { return m_isLooking; }
 
     /// What was found so far.

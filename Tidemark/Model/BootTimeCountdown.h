@@ -7,8 +7,9 @@
 
 namespace tidemark {
 
-/// A countdown by the time since the system's start (timerfd_create(2), CLOCK_BOOTTIME), which nobody can set and
-/// which goes on in a suspend. It does not wake the machine; while it is not running, nothing wakes the process.
+/// A countdown by the time since the system's start (timerfd_create(2), CLOCK_BOOTTIME), which nobody can
+/// set and which goes on in a suspend. It does not wake the machine; while it is not running, nothing
+/// wakes the process.
 class BootTimeCountdown final : public Countdown {
 public:
     /// Throws system_error if the kernel has no timer left.

@@ -23,8 +23,8 @@ public:
     /// Whether one has arrived that was not told yet.
     bool isPending() const;
 
-    /// Keeps the signals waiting, for this thread and those that it starts, until one of these is made, which puts that back
-    /// at its end. Returns what was kept waiting before.
+    /// Keeps the signals waiting, for this thread and those that it starts, until one of these is made,
+    /// which puts that back at its end. Returns what was kept waiting before.
     static sigset_t hold();
 
     EndSignals(const EndSignals&) = delete;

@@ -30,15 +30,16 @@ struct LiveOptions {
     /// Called again and again while another command is waited for; what it throws ends the waiting.
     std::function<void()> whileWaiting = {};
 
-    /// Called when the support folder or its lock was removed by hand and another process has made them anew: that
-    /// one keeps the folders tidy now. Nothing is changed here any more, and the process should end.
+    /// Called when the support folder or its lock was removed by hand and another process has made them
+    /// anew: that one keeps the folders tidy now. Nothing is changed here any more, and the process
+    /// should end.
     std::function<void()> whenReplaced = {};
 };
 
 /// A model on the real disk and clock, with everything it needs: the only one of its support folder.
 ///
-/// It holds the folder's lock and serves the commands of other processes; should somebody remove the folder, the lock
-/// or the socket meanwhile, it makes them again. For the main thread, which needs an
+/// It holds the folder's lock and serves the commands of other processes; should somebody remove the
+/// folder, the lock or the socket meanwhile, it makes them again. For the main thread, which needs an
 /// event loop.
 class LiveModel {
 public:

@@ -9,12 +9,12 @@
 
 namespace tidemark {
 
-/// Has another process, the updater, look for a newer version, so that neither the libraries for it nor what a server
-/// sends come into this one.
+/// Has another process, the updater, look for a newer version, so that neither the libraries for it nor
+/// what a server sends come into this one.
 ///
-/// The process prints the text of a feed that announces the version, or nothing. A process that fails, prints too
-/// much or takes too long is ended and has found nothing, which the log tells; one whose search is destroyed is ended
-/// at once.
+/// The process prints the text of a feed that announces the version, or nothing. A process that fails,
+/// prints too much or takes too long is ended and has found nothing, which the log tells; one whose
+/// search is destroyed is ended at once.
 class ProcessUpdateFinder final : public UpdateFinder {
 public:
     struct Limits {

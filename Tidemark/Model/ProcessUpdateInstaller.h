@@ -22,8 +22,8 @@ public:
     /// The process reads the text of a feed that announces the version, and prints InstallReports.
     ProcessUpdateInstaller(QString program, QStringList arguments);
 
-    /// Ends what is under way, and waits until it has tidied up, for some seconds at most; `done` is not called any
-    /// more. Where it comes too late, the swap follows the end of this process.
+    /// Ends what is under way, and waits until it has tidied up, for some seconds at most; `done` is not
+    /// called any more. Where it comes too late, the swap follows the end of this process.
     ~ProcessUpdateInstaller() override;
 
     ProcessUpdateInstaller(const ProcessUpdateInstaller&) = delete;

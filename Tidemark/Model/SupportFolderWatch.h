@@ -13,9 +13,9 @@ namespace tidemark {
 
 /// Notices that the support folder, its lock or its socket is removed or renamed while they are in use.
 ///
-/// It looks at these files themselves (inotify), so that nothing else that happens in the folder wakes it. It may
-/// tell of a change that means nothing, and not of one to the folders above. Where the system has no inotify left
-/// it tells nothing. For the main thread.
+/// It looks at these files themselves (inotify), so that nothing else that happens in the folder wakes
+/// it. It may tell of a change that means nothing, and not of one to the folders above. Where the system
+/// has no inotify left it tells nothing. For the main thread.
 class SupportFolderWatch {
 public:
     SupportFolderWatch(FileURL supportFolder, std::function<void()> onChange);

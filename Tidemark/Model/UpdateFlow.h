@@ -14,11 +14,11 @@
 
 namespace tidemark {
 
-/// When to look for a newer version, whether to ask the user, and installing it: the model's part that has to do
-/// with updates. For the main thread.
+/// When to look for a newer version, whether to ask the user, and installing it: the model's part that
+/// has to do with updates. For the main thread.
 ///
-/// There is one alert at a time. What else there is to say waits until that one has gone, and is left out if it is
-/// no longer true then.
+/// There is one alert at a time. What else there is to say waits until that one has gone, and is left out
+/// if it is no longer true then.
 class UpdateFlow final : public QObject {
     Q_OBJECT
 
@@ -29,7 +29,8 @@ public:
     /// The version that the user left for later when he was asked.
     static constexpr const char* promptedVersionKey = "qrv.update.promptedVersion";
 
-    /// `version` is the running one. `hasOnboarded` tells whether the user may be disturbed without having asked.
+    /// `version` is the running one. `hasOnboarded` tells whether the user may be disturbed without
+    /// having asked.
     UpdateFlow(const UpdateServices& services, std::string version,
         std::function<bool()> hasOnboarded, SystemLog& log);
     ~UpdateFlow() override;

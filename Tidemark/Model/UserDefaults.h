@@ -9,8 +9,8 @@
 
 namespace tidemark {
 
-/// Small things to remember that are no settings, in a file of the user's configuration folder (INI, as QSettings
-/// writes it). For the main thread.
+/// Small things to remember that are no settings, in a file of the user's configuration folder (INI, as
+/// QSettings writes it). For the main thread.
 ///
 /// What cannot be written is remembered as long as this lives; what cannot be read is not there.
 class UserDefaults {

@@ -7,8 +7,8 @@
 
 namespace tidemark {
 
-/// An icon that is looked for when it is first wanted: to look through an icon theme takes its time, and a tray icon
-/// alone needs none of it. Main thread only.
+/// An icon that is looked for when it is first wanted: to look through an icon theme takes its time, and
+/// a tray icon alone needs none of it. Main thread only.
 class LazyIconEngine final : public QIconEngine {
 public:
     explicit LazyIconEngine(std::function<QIcon()> find);

@@ -11,8 +11,9 @@ namespace tidemark {
 
 /// Draws one symbol in whatever colour is right at the moment of drawing.
 ///
-/// The drawing gives the shape only (its opacity); the colour is asked for each time, so that an icon which was made
-/// long ago is right after a change of the palette as soon as it is drawn again. Main thread only.
+/// The drawing gives the shape only (its opacity); the colour is asked for each time, so that an icon
+/// which was made long ago is right after a change of the palette as soon as it is drawn again. Main
+/// thread only.
 class SymbolIconEngine : public QIconEngine {
 public:
     using Drawing = std::shared_ptr<QSvgRenderer>;

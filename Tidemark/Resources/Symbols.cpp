@@ -40,8 +40,8 @@ QIcon icon(const QString& name, SymbolIconEngine::Ink ink, const QString& themeN
     return QIcon{new SymbolIconEngine{std::move(shape), std::move(ink), themeName}};
 }
 
-/// Whether programs that show the tray icon find it by its name. QIcon would read the user's whole icon theme for
-/// that, and with it the programs that start at login would wait.
+/// Whether programs that show the tray icon find it by its name. QIcon would read the user's whole icon
+/// theme for that, and with it the programs that start at login would wait.
 bool isInstalled(const QString& themeName)
 {
     const QString file = QStringLiteral("icons/hicolor/symbolic/apps/") + themeName + suffix();

@@ -16,7 +16,8 @@ namespace tidemark {
 
 namespace {
 
-/// An arrow that is as flat when the rules are shown as when they are not; a button that stays down looks pressed.
+/// An arrow that is as flat when the rules are shown as when they are not; a button that stays down looks
+/// pressed.
 class Disclosure final : public QToolButton {
 protected:
     void paintEvent(QPaintEvent* /*event*/) override

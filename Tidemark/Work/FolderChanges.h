@@ -34,7 +34,8 @@ FolderChanges removeFolders(Workspace& workspace, const std::vector<GivenPath>& 
 /// Throws CommandFailure when `path` is not valid UTF-8, which the settings cannot hold.
 void requireTextPath(const std::string& path);
 
-/// Throws CommandFailure when one of the folders is that of Tidemark's own files: a file edited by hand may say so.
+/// Throws CommandFailure when one of the folders is that of Tidemark's own files: a file edited by hand
+/// may say so.
 void requireNoSupportFolder(const Settings& settings, const Workspace& workspace);
 
 /// Whether Tidemark keeps its own files at `path`: sweeping them away would lose the settings.

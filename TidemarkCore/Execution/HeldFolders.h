@@ -10,11 +10,11 @@
 
 namespace tidemark {
 
-/// The folders that a sweep or an undo has looked at. Each is held from then on: what another program puts in its
-/// place, a link that leads elsewhere, say, is refused by whatever is to be done there later.
+/// The folders that a sweep or an undo has looked at. Each is held from then on: what another program
+/// puts in its place, a link that leads elsewhere, say, is refused by whatever is to be done there later.
 ///
-/// Holds some dozens at most and starts anew then, since a process may have only so many files open. For one
-/// thread; the file manager outlives it.
+/// Holds some dozens at most and starts anew then, since a process may have only so many files open. For
+/// one thread; the file manager outlives it.
 class HeldFolders {
 public:
     explicit HeldFolders(FileManager& fileManager)
@@ -22,8 +22,8 @@ public:
     {
     }
 
-    /// Null when no folder stands there. May let go of all that were found or made before. Throws filesystem_error
-    /// when it cannot tell.
+    /// Null when no folder stands there. May let go of all that were found or made before. Throws
+    /// filesystem_error when it cannot tell.
     const HeldFolder* find(std::string_view path);
 
     /// Makes the folder if it is missing, below the nearest one that is held. Throws filesystem_error.

@@ -27,11 +27,12 @@ public:
     /// Whether anything would stand at `name` in the folder with this path.
     bool isTaken(std::string_view folder, std::string_view name);
 
-    /// Makes the folder with this path, which outlives the disk, and every missing parent. Throws filesystem_error when something else is in the way.
+    /// Makes the folder with this path, which outlives the disk, and every missing parent. Throws
+    /// filesystem_error when something else is in the way.
     void makeFolder(std::string_view path);
 
-    /// Whether a file is at the place that action number `action` names: its own still, or one that an earlier action
-    /// has brought there.
+    /// Whether a file is at the place that action number `action` names: its own still, or one that an
+    /// earlier action has brought there.
     bool isThere(std::size_t action);
 
     /// That file leaves its place.

@@ -8,12 +8,13 @@ namespace tidemark {
 /// without replacing anything, and removes the original only if it still is the file that was copied.
 ///
 /// The copy takes along the content with its holes, owner, mode, dates, extended attributes and access
-/// lists; what the destination cannot keep is an error (but for the attributes of the namespaces "security"
-/// and "trusted", which only the system may set). Throws filesystem_error with both paths: file_exists when
-/// something stands at `to`, device_or_resource_busy when the original changed meanwhile, and
-/// cross_device_link for anything but regular files and symbolic links. A folder that is not where it was found
-/// any more, before the copy is put into place or before the original is removed, is an error that names it. The
-/// whole file is at `from` then, and nothing of it at `to`. Safe from any thread.
+/// lists; what the destination cannot keep is an error (but for the attributes of the namespaces
+/// "security" and "trusted", which only the system may set). Throws filesystem_error with both paths:
+/// file_exists when something stands at `to`, device_or_resource_busy when the original changed
+/// meanwhile, and cross_device_link for anything but regular files and symbolic links. A folder that is
+/// not where it was found any more, before the copy is put into place or before the original is removed,
+/// is an error that names it. The whole file is at `from` then, and nothing of it at `to`. Safe from any
+/// thread.
 namespace FileCopyMover {
 
 /// How the copy is kept out of sight until it is whole.

@@ -69,9 +69,9 @@ public:
         return false;
     }
 
-    /// Throws if the entries of `folder` cannot be listed and looked up: what contentsOfDirectory throws for the
-    /// folder itself, such as no_such_file_or_directory, not_a_directory and permission_denied. Looks at no
-    /// entry, so it costs the same for a full folder as for an empty one.
+    /// Throws if the entries of `folder` cannot be listed and looked up: what contentsOfDirectory throws
+    /// for the folder itself, such as no_such_file_or_directory, not_a_directory and permission_denied.
+    /// Looks at no entry, so it costs the same for a full folder as for an empty one.
     virtual void requireListable(const FileURL& folder) = 0;
 
     /// The facts of one entry; a link is described, not followed.
@@ -107,8 +107,8 @@ public:
     void moveItem(const FileURL& from, const FileURL& to);
 
     /// Moves `file` to the user's Trash, where other programs find it with its origin and date. Returns
-    /// where it lies now, or nothing if the system cannot tell. A folder that its path does not lead to any more
-    /// is an error as above. On any failure the file is still in its place.
+    /// where it lies now, or nothing if the system cannot tell. A folder that its path does not lead to
+    /// any more is an error as above. On any failure the file is still in its place.
     virtual std::optional<FileURL> trashItem(const HeldEntry& file) = 0;
 
     /// The same from a folder that nobody has looked at before.

@@ -10,8 +10,8 @@ namespace tidemark {
 class LinuxFileManager final : public FileManager {
 public:
     /// Trashes into the user's own Trash (`$XDG_DATA_HOME/Trash`) and those of other file systems.
-    /// `ownChanges` is told of every change that is made through this file manager, before it is made; null when
-    /// nobody watches.
+    /// `ownChanges` is told of every change that is made through this file manager, before it is made;
+    /// null when nobody watches.
     explicit LinuxFileManager(OwnChangeRecorder* ownChanges = nullptr);
 
     bool fileExists(const FileURL& url) override;

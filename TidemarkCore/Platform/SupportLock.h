@@ -26,7 +26,8 @@ public:
     SupportLock& operator=(SupportLock&&) noexcept;
     ~SupportLock();
 
-    /// False once somebody has removed or replaced the folder or its lock file: then it excludes nobody any more.
+    /// False once somebody has removed or replaced the folder or its lock file: then it excludes nobody
+    /// any more.
     bool isStillThere() const;
 
 private:

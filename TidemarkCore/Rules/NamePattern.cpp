@@ -40,8 +40,8 @@ bool NamePattern::matches(const std::string& pattern, const std::string& name)
     // A name never holds a NUL, so a pattern with one matches none.
     if (pattern.find('\0') != std::string::npos)
         return false;
-    // Where no match is found by characters, glibc looks for one by bytes, to which "ü" is two of whatever "?" may be.
-    // In front of both stands what matches as characters only.
+    // Where no match is found by characters, glibc looks for one by bytes, to which "ü" is two of
+    // whatever "?" may be. In front of both stands what matches as characters only.
     static const std::string onlyByCharacters = "[ü]/";
     static const std::string theseCharacters = "ü/";
     const UTF8CharacterType scope;

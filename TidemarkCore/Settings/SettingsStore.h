@@ -21,7 +21,8 @@ public:
     Settings load() const;
 
     /// Replaces the file, making its folder if need be. One that cannot be read is kept beside it as
-    /// "settings.json.unreadable-<time>", with "-2" and so on where that name is taken. Throws filesystem_error; the old file stands then.
+    /// "settings.json.unreadable-<time>", with "-2" and so on where that name is taken. Throws
+    /// filesystem_error; the old file stands then.
     void save(const Settings& settings) const;
 
     /// The same for settings that take the place of a file that could not be read: it is kept in any case.

@@ -15,17 +15,19 @@ namespace tidemark {
 
 class WatchReader;
 
-/// Says that something changed in a set of folders, at any depth, some time after the last change of a burst.
+/// Says that something changed in a set of folders, at any depth, some time after the last change of a
+/// burst.
 ///
-/// Changes that other programs make while the watcher is started count; those of this process do not. They are
-/// delivered on the watcher's serial queue, collected for up to half a second, and one call of `onChange` on that
-/// queue follows when no more was delivered for the debounce interval. Folders may be missing, deleted, made
-/// again, renamed or reached through links: each is watched whenever its path leads to a folder, and its coming
-/// and going are changes. When the kernel loses events, that counts as one change.
+/// Changes that other programs make while the watcher is started count; those of this process do not.
+/// They are delivered on the watcher's serial queue, collected for up to half a second, and one call of
+/// `onChange` on that queue follows when no more was delivered for the debounce interval. Folders may be
+/// missing, deleted, made again, renamed or reached through links: each is watched whenever its path
+/// leads to a folder, and its coming and going are changes. When the kernel loses events, that counts as
+/// one change.
 ///
-/// What cannot be known: writes through memory maps, and what other machines do on a network file system. While
-/// the folders below are first looked up, right after `start`, a folder there in which entries came or went
-/// meanwhile counts as changed whoever did it, and what is only written to may be missed.
+/// What cannot be known: writes through memory maps, and what other machines do on a network file system.
+/// While the folders below are first looked up, right after `start`, a folder there in which entries came
+/// or went meanwhile counts as changed whoever did it, and what is only written to may be missed.
 ///
 /// `start`, `stop` and destruction may not overlap each other; everything else is safe from any thread.
 class FolderWatcher {
@@ -41,8 +43,8 @@ public:
     FolderWatcher(const FolderWatcher&) = delete;
     FolderWatcher& operator=(const FolderWatcher&) = delete;
 
-    /// Begins to watch, from now on. Does nothing if it is started, if there are no folders, or if the system has
-    /// no means left; it stays stopped then.
+    /// Begins to watch, from now on. Does nothing if it is started, if there are no folders, or if the
+    /// system has no means left; it stays stopped then.
     void start();
 
     /// Ends watching and forgets a change that was not told yet. `onChange` does not run any more once this has

@@ -336,8 +336,8 @@ void WatchedTrees::adopt(
     enqueue(added);
 }
 
-/// While the folders that are there already are being looked up, one that was changed after the start, and before
-/// its watch was in place, shows it by its times.
+/// While the folders that are there already are being looked up, one that was changed after the start,
+/// and before its watch was in place, shows it by its times.
 void WatchedTrees::noteOlderChange(int directory)
 {
     struct stat status;

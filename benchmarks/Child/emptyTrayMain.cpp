@@ -1,5 +1,5 @@
-// What tidemark-bench measures the application beside: an application with a tray icon, an empty menu, and nothing
-// else. It is built twice, with Qt's libraries and with those of the application.
+// What tidemark-bench measures the application beside: an application with a tray icon, an empty menu,
+// and nothing else. It is built twice, with Qt's libraries and with those of the application.
 
 #include <QApplication>
 #include <QIcon>

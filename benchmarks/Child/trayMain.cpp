@@ -1,5 +1,6 @@
-// What takes in the tray icons of programs that tidemark-bench measures: a watcher of StatusNotifierItems that has a
-// host, see the StatusNotifierItem page of freedesktop.org. It prints "icon" for each that comes.
+// What takes in the tray icons of programs that tidemark-bench measures: a watcher of StatusNotifierItems
+// that has a host, see the StatusNotifierItem page of freedesktop.org. It prints "icon" for each that
+// comes.
 
 #include "TrayWatcher.h"
 

@@ -2,8 +2,8 @@
 
 #include <stdexcept>
 
-/// OpenSSL frees what it keeps for a thread at that thread's end, and Qt's threads may end only after the sanitizer has
-/// looked for leaks.
+/// OpenSSL frees what it keeps for a thread at that thread's end, and Qt's threads may end only after the
+/// sanitizer has looked for leaks.
 extern "C" const char* __lsan_default_suppressions();  // NOLINT(bugprone-reserved-identifier)
 extern "C" const char* __lsan_default_suppressions()  // NOLINT(bugprone-reserved-identifier)
 {

@@ -9,8 +9,8 @@ class QIcon;
 
 namespace tidemark {
 
-/// A test that draws: the one application of the test program, without a screen, with a palette and an icon theme
-/// that are the same at the begin of every test.
+/// A test that draws: the one application of the test program, without a screen, with a palette and an
+/// icon theme that are the same at the begin of every test.
 class DrawingTest : public testing::Test {
 public:
     DrawingTest();

@@ -251,10 +251,10 @@ protected:
         return false;
     }
 
-    /// The moments to disturb. The short form keeps to the calls by which the file gets its new name and loses
-    /// the old one, and to what is opened and looked up in between; with links in the place of folders, to all that
-    /// concerns the file or its folders from the moment on at which the product has looked at that folder. A link
-    /// that is there before is the user's own.
+    /// The moments to disturb. The short form keeps to the calls by which the file gets its new name and
+    /// loses the old one, and to what is opened and looked up in between; with links in the place of
+    /// folders, to all that concerns the file or its folders from the moment on at which the product has
+    /// looked at that folder. A link that is there before is the user's own.
     class Window {
     public:
         explicit Window(const Course& course)
@@ -289,8 +289,8 @@ protected:
             m_isOver = m_isOver || ends(call);
         }
 
-        /// Whether the file's folder stays the same for the files after it. It does not before it is found or made,
-        /// and for each file the product looks at the Trash anew.
+        /// Whether the file's folder stays the same for the files after it. It does not before it is
+        /// found or made, and for each file the product looks at the Trash anew.
         bool holdsFolder() const { return m_holdsFolder && !m_course.folder().ends_with("/files"); }
 
     private:

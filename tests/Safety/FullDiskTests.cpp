@@ -175,8 +175,8 @@ Shortage quota(const std::string& mount, const std::string& subvolume)
         .counted = "quotas"};
 }
 
-/// On btrfs, since its quotas are part of it: kernels are built without those that the other file systems share.
-/// A file cannot be renamed from one of its subvolumes to the other.
+/// On btrfs, since its quotas are part of it: kernels are built without those that the other file systems
+/// share. A file cannot be renamed from one of its subvolumes to the other.
 void tryQuotasOf(const std::string& subvolume)
 {
     if (const auto reason = TracedProcess::whyNotPossible())

@@ -524,7 +524,8 @@ TEST_F(SelfUpdaterTest, DestructionEndsTheArchiveTool)
     EXPECT_TRUE(runUntil([&] { return m_root.holds("begun"); }));
 }
 
-/// A tool in the place of systemd-run, found by PATH, that tells by a file that it was called and then does as `then` says.
+/// A tool in the place of systemd-run, found by PATH, that tells by a file that it was called and then
+/// does as `then` says.
 class ScopeTool {
 public:
     explicit ScopeTool(const std::string& then)

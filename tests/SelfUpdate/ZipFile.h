@@ -9,8 +9,8 @@
 
 namespace tidemark {
 
-/// A zip archive (PKWARE APPNOTE.TXT 6.3) written by hand, without compression, so that it can hold what no tool
-/// would put into one.
+/// A zip archive (PKWARE APPNOTE.TXT 6.3) written by hand, without compression, so that it can hold what
+/// no tool would put into one.
 class ZipFile {
 public:
     struct Entry {

@@ -7,7 +7,8 @@
 
 namespace {
 
-/// A race that the main thread runs into, whatever the timing: nothing that both threads know of orders their writes.
+/// A race that the main thread runs into, whatever the timing: nothing that both threads know of orders
+/// their writes.
 void race()
 {
     int unguarded = 0;
@@ -24,7 +25,8 @@ void race()
 
 }  // namespace
 
-/// Races where most of our code runs: on the main thread, below Qt's event loop, after a child has been started.
+/// Races where most of our code runs: on the main thread, below Qt's event loop, after a child has been
+/// started.
 int main(int argc, char** argv)
 {
     QCoreApplication application{argc, argv};

@@ -1,9 +1,10 @@
-// Runs commands of tidemarkctl one after another in one process, so that thousands of worlds can be tried in the
-// time that starting a program for each command would take.
+// Runs commands of tidemarkctl one after another in one process, so that thousands of worlds can be tried
+// in the time that starting a program for each command would take.
 //
-// A request on standard input is a count and so many texts, each behind its length (32-bit, native byte order): the
-// file for standard output, the file for standard error, then NAME=VALUE for the environment and the command's
-// arguments, which begin behind the text "--". The answer on the former standard output is the exit status on a line.
+// A request on standard input is a count and so many texts, each behind its length (32-bit, native byte
+// order): the file for standard output, the file for standard error, then NAME=VALUE for the environment
+// and the command's arguments, which begin behind the text "--". The answer on the former standard output
+// is the exit status on a line.
 
 #include "CommandRunner.h"
 

@@ -9,8 +9,8 @@ class QMessageBox;
 
 namespace tidemark {
 
-/// Shows alerts as message boxes of their own, in front of everything; the application goes on meanwhile. For the
-/// main thread, which has a QApplication.
+/// Shows alerts as message boxes of their own, in front of everything; the application goes on meanwhile.
+/// For the main thread, which has a QApplication.
 class UpdateAlertPanel final : public UpdateAlerts {
 public:
     UpdateAlertPanel();

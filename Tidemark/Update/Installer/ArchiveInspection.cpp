@@ -75,8 +75,8 @@ void requireZipFrame(const FileDescriptor& file, const FileURL& url)
         refuse("no whole zip archive");
 }
 
-/// The archive tool takes an archive for the format that fits best of all it knows, so the same ones are offered
-/// here: a file that is two formats at once is seen as the tool sees it.
+/// The archive tool takes an archive for the format that fits best of all it knows, so the same ones are
+/// offered here: a file that is two formats at once is seen as the tool sees it.
 Reader opened(const FileDescriptor& file)
 {
     Reader reader{::archive_read_new()};

@@ -22,10 +22,10 @@ namespace tidemark {
 
 /// Replaces the bundle that runs with a newer one that its developer has signed.
 ///
-/// The archive is downloaded, inspected, unpacked and verified in a folder of the user's own below the temporary
-/// directory, and a script then waits for this process to end and swaps the bundles. Every failure before that
-/// leaves the installed bundle untouched, and nothing behind; afterwards what lies there is the script's. For the main thread; what takes long happens on a
-/// thread of its own.
+/// The archive is downloaded, inspected, unpacked and verified in a folder of the user's own below the
+/// temporary directory, and a script then waits for this process to end and swaps the bundles. Every
+/// failure before that leaves the installed bundle untouched, and nothing behind; afterwards what lies
+/// there is the script's. For the main thread; what takes long happens on a thread of its own.
 class SelfUpdater final : public UpdateInstaller {
 public:
     struct Options {
@@ -58,13 +58,15 @@ public:
     SelfUpdater(const SelfUpdater&) = delete;
     SelfUpdater& operator=(const SelfUpdater&) = delete;
 
-    /// Fails with UpdateError in its cases and with what the network or the disk threw in all others. The location
-    /// is looked at first, and whether there is a key to check the bundle with: otherwise nothing is downloaded.
-    /// One at a time: a second one fails, and the first goes on. Nothing more is installed once the swap waits.
+    /// Fails with UpdateError in its cases and with what the network or the disk threw in all others. The
+    /// location is looked at first, and whether there is a key to check the bundle with: otherwise
+    /// nothing is downloaded. One at a time: a second one fails, and the first goes on. Nothing more is
+    /// installed once the swap waits.
     void install(const UpdateInfo& update, Progress progress, Done done) override;
 
-    /// Ends what is under way; `done` is not called any more. Does not wait for the network. Returns whether it came
-    /// too late, so that the swap waits for the application's end. Nothing can be installed afterwards.
+    /// Ends what is under way; `done` is not called any more. Does not wait for the network. Returns
+    /// whether it came too late, so that the swap waits for the application's end. Nothing can be
+    /// installed afterwards.
     bool cancel();
 
 private:

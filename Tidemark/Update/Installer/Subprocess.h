@@ -24,8 +24,9 @@ pid_t start(const std::vector<std::string>& command, Session session);
 /// descriptor `stop` is readable, and also after `seconds`, unless that is 0.
 int wait(pid_t process, int stop, int seconds = 0);
 
-/// Waits until the process executes this very command, which another one in front of it, such as systemd-run(1), was
-/// told to turn into. False if it ends before or has not done so in `seconds`; it is killed then.
+/// Waits until the process executes this very command, which another one in front of it, such as
+/// systemd-run(1), was told to turn into. False if it ends before or has not done so in `seconds`; it is
+/// killed then.
 bool becomes(pid_t process, const std::vector<std::string>& command, int seconds);
 
 }  // namespace Subprocess

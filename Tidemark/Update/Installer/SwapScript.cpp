@@ -87,9 +87,10 @@ void write(const FileURL& script, pid_t pid)
 std::string text(pid_t pid)
 {
     const std::string process = std::to_string(pid);
-    // A process that nobody waits for is a zombie for ever, but has ended. The whole copy is on the disk before the bundle
-    // is moved aside, so that a script that is killed, or a power cut, meets two renames at most. One bundle is swapped
-    // by one script at a time, and only while it is the one that was to be replaced: two applications may have run from it.
+    // A process that nobody waits for is a zombie for ever, but has ended. The whole copy is on the disk
+    // before the bundle is moved aside, so that a script that is killed, or a power cut, meets two
+    // renames at most. One bundle is swapped by one script at a time, and only while it is the one that
+    // was to be replaced: two applications may have run from it.
     return R"(#!/bin/sh
 while kill -0 )"
         + process + R"( 2>/dev/null && ! grep -qs '^State:.[ZX]' /proc/)" + process

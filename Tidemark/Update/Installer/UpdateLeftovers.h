@@ -7,8 +7,8 @@ namespace tidemark {
 /// What installations have left in the temporary directory that were killed.
 namespace UpdateLeftovers {
 
-/// Removes every work folder, "qrv-update-<process>", whose process is gone, unless a script lies beside it, which
-/// may be at work; after a day no script is. What cannot be removed stays. Throws nothing.
+/// Removes every work folder, "qrv-update-<process>", whose process is gone, unless a script lies beside
+/// it, which may be at work; after a day no script is. What cannot be removed stays. Throws nothing.
 void remove(const FileURL& temporaryDirectory);
 
 /// Removes a folder with all that is in it, also where an archive has taken the permissions from its folders.

@@ -40,8 +40,8 @@ pid_t processIn(const std::string& text)
     return error == std::errc{} && rest == end ? process : 0;
 }
 
-/// Whatever the application holds back, which who it starts inherits. A reader that is gone is no reason to end without
-/// tidying up.
+/// Whatever the application holds back, which who it starts inherits. A reader that is gone is no reason
+/// to end without tidying up.
 void takeSignals()
 {
     sigset_t none;
@@ -50,8 +50,8 @@ void takeSignals()
     ::signal(SIGPIPE, SIG_IGN);
 }
 
-/// Whatever ends the application, nobody waits for this process any more: it gets `signal` then. False if that has
-/// ended already, or is another one.
+/// Whatever ends the application, nobody waits for this process any more: it gets `signal` then. False if
+/// that has ended already, or is another one.
 bool followToTheEnd(pid_t application, int signal)
 {
     return ::prctl(PR_SET_PDEATHSIG, signal) == 0 && ::getppid() == application;
@@ -68,7 +68,8 @@ int run(std::span<const char* const> arguments)
     if (work == "check" && followToTheEnd(application, SIGKILL))
         FeedReader::run(version);
     if (work == "install") {
-        // A second one, such as the application's after a terminal's, does not end the process while it tidies up.
+        // A second one, such as the application's after a terminal's, does not end the process while it
+        // tidies up.
         EndSignals::hold();
         if (followToTheEnd(application, SIGTERM))
             return InstallRun::run(application, version);

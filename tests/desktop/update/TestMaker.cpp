@@ -1,5 +1,5 @@
-// What a maker sets when building the updater, for the update's desktop test. The program is the updater itself in every
-// other respect: what is defined here is not taken from its libraries.
+// What a maker sets when building the updater, for the update's desktop test. The program is the updater
+// itself in every other respect: what is defined here is not taken from its libraries.
 #include "DeveloperIdentity.h"
 #include "TestKey.h"
 #include "UpdateAddresses.h"

@@ -1,5 +1,5 @@
-// What a maker sets when building the application, for the update's desktop test. The programs are the application itself
-// in every other respect: what is defined here is not taken from its libraries.
+// What a maker sets when building the application, for the update's desktop test. The programs are the
+// application itself in every other respect: what is defined here is not taken from its libraries.
 #include "AppModel.h"
 #include "UpdateAddresses.h"
 
