@@ -77,7 +77,7 @@ Idleness restWatchingATree(const Place& place, const ProgramCopies& programs, Se
 
 void addIdleCases(const std::vector<Place>& places, Seconds rest, Suite& suite)
 {
-    const Place place = places.front();
+    const Place& place = places.front();
     const Programs programs([=] {
         return std::make_unique<ProgramCopies>(place,
             std::vector<std::string>{
@@ -100,7 +100,7 @@ void addIdleCases(const std::vector<Place>& places, Seconds rest, Suite& suite)
             [=] { return restAfterSweep(place, programs.get(), journal, rest); }, empty));
     }
     // So many folders are made fastest in memory, and knowing them costs the same anywhere.
-    const Place fastest = places.back();
+    const Place& fastest = places.back();
     suite.add(IdleCase(
         {.work = "watcher of many folders", .size = foldersInATree, .place = fastest.name},
         [=] { return restWatchingATree(fastest, programs.get(), rest); }, empty));
