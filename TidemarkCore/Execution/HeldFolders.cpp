@@ -12,17 +12,20 @@ static bool meansNoFolder(const std::error_code& code)
 
 const HeldFolder* HeldFolders::find(std::string_view path)
 {
-    if (const auto known = m_folders.find(path); known != m_folders.end())
-        return &known->second;
-    if (m_folders.size() >= mostHeld)
-        m_folders.clear();
+    if (const auto found = m_found.find(path); found != m_found.end())
+        return &found->second;
+    if (m_found.size() >= mostFound)
+        m_found.clear();
+    // Making others must not let go of it any more.
+    if (const auto made = m_made.find(path); made != m_made.end())
+        return &m_found.insert(m_made.extract(made)).position->second;
     try {
         std::string spelling(path);
         const FileURL url = FileURL::directory(spelling);
         const HeldFolder* above = nearestAbove(path);
         HeldFolder folder =
             above != nullptr ? m_fileManager->holdBelow(*above, url) : m_fileManager->hold(url);
-        return &m_folders.emplace(std::move(spelling), std::move(folder)).first->second;
+        return &m_found.emplace(std::move(spelling), std::move(folder)).first->second;
     } catch (const std::filesystem::filesystem_error& error) {
         if (!meansNoFolder(error.code()))
             throw;
@@ -32,22 +35,33 @@ const HeldFolder* HeldFolders::find(std::string_view path)
 
 const HeldFolder& HeldFolders::make(std::string_view path)
 {
-    if (const auto known = m_folders.find(path); known != m_folders.end())
-        return known->second;
+    if (const HeldFolder* folder = known(path))
+        return *folder;
+    if (m_made.size() >= mostMade)
+        m_made.clear();
     std::string spelling(path);
     const FileURL url = FileURL::directory(spelling);
     const HeldFolder* above = nearestAbove(path);
     HeldFolder folder = above != nullptr ? m_fileManager->createDirectoryBelow(*above, url)
                                          : m_fileManager->createDirectory(url);
-    return m_folders.emplace(std::move(spelling), std::move(folder)).first->second;
+    return m_made.emplace(std::move(spelling), std::move(folder)).first->second;
+}
+
+const HeldFolder* HeldFolders::known(std::string_view path) const
+{
+    for (const ByPath* folders : {&m_found, &m_made}) {
+        if (const auto folder = folders->find(path); folder != folders->end())
+            return &folder->second;
+    }
+    return nullptr;
 }
 
 const HeldFolder* HeldFolders::nearestAbove(std::string_view path) const
 {
     for (std::size_t slash = path.rfind('/'); slash != std::string_view::npos && slash > 0;
          slash = path.rfind('/', slash - 1)) {
-        if (const auto known = m_folders.find(path.substr(0, slash)); known != m_folders.end())
-            return &known->second;
+        if (const HeldFolder* folder = known(path.substr(0, slash)))
+            return folder;
     }
     return nullptr;
 }

@@ -13,8 +13,8 @@ namespace tidemark {
 /// The folders that a sweep or an undo has looked at. Each is held from then on: what another program
 /// puts in its place, a link that leads elsewhere, say, is refused by whatever is to be done there later.
 ///
-/// Holds some dozens at most and starts anew then, since a process may have only so many files open. For
-/// one thread; the file manager outlives it.
+/// Holds some dozens of those that files come from and of those that they go to, and starts anew then, since a
+/// process may have only so many files open. For one thread; the file manager outlives it.
 class HeldFolders {
 public:
     explicit HeldFolders(FileManager& fileManager)
@@ -22,20 +22,26 @@ public:
     {
     }
 
-    /// Null when no folder stands there. May let go of all that were found or made before. Throws
-    /// filesystem_error when it cannot tell.
+    /// Null when no folder stands there. Stays until the next one is found. Throws filesystem_error when it
+    /// cannot tell.
     const HeldFolder* find(std::string_view path);
 
-    /// Makes the folder if it is missing, below the nearest one that is held. Throws filesystem_error.
+    /// Makes the folder if it is missing, below the nearest one that is held. Stays until the next one is
+    /// found or made. Throws filesystem_error.
     const HeldFolder& make(std::string_view path);
 
 private:
+    using ByPath = std::map<std::string, HeldFolder, std::less<>>;
+
+    const HeldFolder* known(std::string_view path) const;
     const HeldFolder* nearestAbove(std::string_view path) const;
 
-    static constexpr std::size_t mostHeld = 64;
+    static constexpr std::size_t mostFound = 64;
+    static constexpr std::size_t mostMade = 32;
 
     FileManager* m_fileManager;
-    std::map<std::string, HeldFolder, std::less<>> m_folders;  // by path
+    ByPath m_found;
+    ByPath m_made;
 };
 
 }  // namespace tidemark
