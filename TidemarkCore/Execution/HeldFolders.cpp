@@ -25,7 +25,7 @@ const HeldFolder* HeldFolders::find(std::string_view path)
         const HeldFolder* above = nearestAbove(path);
         HeldFolder folder =
             above != nullptr ? m_fileManager->holdBelow(*above, url) : m_fileManager->hold(url);
-        return &m_found.emplace(std::move(spelling), std::move(folder)).first->second;
+        return &m_found.emplace(std::move(spelling), recognized(std::move(folder))).first->second;
     } catch (const std::filesystem::filesystem_error& error) {
         if (!meansNoFolder(error.code()))
             throw;
@@ -44,7 +44,17 @@ const HeldFolder& HeldFolders::make(std::string_view path)
     const HeldFolder* above = nearestAbove(path);
     HeldFolder folder = above != nullptr ? m_fileManager->createDirectoryBelow(*above, url)
                                          : m_fileManager->createDirectory(url);
-    return m_made.emplace(std::move(spelling), std::move(folder)).first->second;
+    return m_made.emplace(std::move(spelling), recognized(std::move(folder))).first->second;
+}
+
+HeldFolder HeldFolders::recognized(HeldFolder folder)
+{
+    const std::string& path = folder.url().path();
+    const auto seen = m_seen.try_emplace(path, folder.identity()).first;
+    if (seen->second != folder.identity())
+        throw std::filesystem::filesystem_error("something else was put in the place of the folder",
+            path, std::make_error_code(std::errc::device_or_resource_busy));
+    return folder;
 }
 
 const HeldFolder* HeldFolders::known(std::string_view path) const

@@ -124,7 +124,7 @@ HeldFolder held(const char* what, const FileURL& url, Opened opened)
     struct stat status;
     if (::fstat(opened.folder.get(), &status) != 0)
         fail(what, url, errno);
-    return {url, status.st_dev, status.st_ino, std::move(opened.folder)};
+    return {url, {status.st_dev, status.st_ino}, std::move(opened.folder)};
 }
 
 void requireFlushed(const FileURL& folder, int error)
@@ -160,7 +160,7 @@ void requireInPlace(const HeldFolder& folder)
     const char* path = folder.url().path().c_str();
     if (uninterrupted([&] { return ::stat(path, &status); }) != 0)
         fail("the folder can no longer be found at", folder.url(), errno);
-    if (!folder.is(status.st_dev, status.st_ino))
+    if (folder.identity() != HeldFolder::Identity{status.st_dev, status.st_ino})
         fail("something else was put in the place of the folder", folder.url(), EBUSY);
 }
 

@@ -14,11 +14,18 @@ namespace tidemark {
 /// once, and one that comes there later leads nowhere. FileManager makes and uses it. Safe from any thread.
 class HeldFolder {
 public:
-    /// `device` and `inode` tell the folder from every other one; `descriptor` is open for it on a real disk.
-    HeldFolder(FileURL url, std::uint64_t device, std::uint64_t inode, FileDescriptor descriptor)
+    /// Tells a folder from every other one.
+    struct Identity {
+        std::uint64_t device = 0;
+        std::uint64_t inode = 0;
+
+        bool operator==(const Identity&) const = default;
+    };
+
+    /// `descriptor` is open for it on a real disk.
+    HeldFolder(FileURL url, Identity identity, FileDescriptor descriptor)
         : m_url(std::move(url))
-        , m_device(device)
-        , m_inode(inode)
+        , m_identity(identity)
         , m_descriptor(std::move(descriptor))
     {
     }
@@ -26,18 +33,14 @@ public:
     /// Where it was found.
     const FileURL& url() const { return m_url; }
 
-    bool is(std::uint64_t device, std::uint64_t inode) const
-    {
-        return m_device == device && m_inode == inode;
-    }
+    const Identity& identity() const { return m_identity; }
 
     /// For the system calls that take a folder and a name in it (O_PATH).
     int descriptor() const { return m_descriptor.get(); }
 
 private:
     FileURL m_url;
-    std::uint64_t m_device;
-    std::uint64_t m_inode;
+    Identity m_identity;
     FileDescriptor m_descriptor;
 };
 

@@ -71,6 +71,29 @@ TEST(HeldFolders, OnlySomeAreOpenHoweverManyGoToOneFolder)
     EXPECT_LT(openFiles() - before, some);
 }
 
+TEST(HeldFolders, WhatComesIntoThePlaceOfOneThatIsNotOpenAnyMoreIsRefused)
+{
+    const TemporaryFolder home;
+    LinuxFileManager files;
+    HeldFolders folders(files);
+    const std::string found = numbered(home.path(), many);
+    const std::string made = numbered(home.path(), many + 1);
+    std::filesystem::create_directory(found);
+    folders.find(found);
+    folders.make(made);
+    for (int number = 0; number < many; ++number) {
+        folders.make(numbered(home.path(), number));
+        folders.find(numbered(home.path(), number));
+    }
+    for (const std::string& path : {found, made}) {
+        std::filesystem::rename(path, path + " away");
+        std::filesystem::create_directory_symlink(home.path(), path);
+    }
+
+    EXPECT_THROW(folders.find(found), std::filesystem::filesystem_error);
+    EXPECT_THROW(folders.make(made), std::filesystem::filesystem_error);
+}
+
 TEST(HeldFolders, OneThatWasMadeAndThenFoundStaysWhileOthersAreMade)
 {
     const TemporaryFolder home;

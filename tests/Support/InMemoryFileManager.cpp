@@ -370,8 +370,9 @@ bool InMemoryFileManager::fileExists(const FileURL& url)
 bool InMemoryFileManager::fileExists(const HeldEntry& entry)
 {
     const std::lock_guard lock{m_mutex};
-    const auto folder = std::ranges::find_if(
-        m_nodes, [&](const auto& node) { return entry.folder.is(device, node.second.inode); });
+    const auto folder = std::ranges::find_if(m_nodes, [&](const auto& node) {
+        return entry.folder.identity() == HeldFolder::Identity{device, node.second.inode};
+    });
     if (folder == m_nodes.end())
         return false;
     return find(FileURL{joined(folder->first, entry.name())}, LastLink::keep) != nullptr;
@@ -447,7 +448,7 @@ HeldFolder InMemoryFileManager::held(const FileURL& folder) const
 void InMemoryFileManager::requireInPlace(const HeldFolder& folder) const
 {
     const Node& node = nodeAt(resolve(folder.url(), LastLink::follow), folder.url());
-    if (!folder.is(device, node.inode))
+    if (folder.identity() != HeldFolder::Identity{device, node.inode})
         fail("something else was put in the place of the folder", folder.url(),
             std::errc::device_or_resource_busy);
 }
