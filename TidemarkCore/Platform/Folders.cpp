@@ -89,9 +89,14 @@ Start startBelow(const HeldFolder& above)
     return {above.descriptor(), path.size() + (path.ends_with('/') ? 0U : 1U)};
 }
 
+/// Never an absolute path, which would lead elsewhere, though slashes may be doubled in `url`.
 const char* pathFrom(const Start& start, const FileURL& url)
 {
-    return url.path().c_str() + start.length;
+    const std::string& path = url.path();
+    if (start.folder == AT_FDCWD)
+        return path.c_str();
+    const std::size_t rest = path.find_first_not_of('/', start.length);
+    return rest == std::string::npos ? "." : path.c_str() + rest;
 }
 
 bool isAnythingAt(const Start& start, const FileURL& url)

@@ -302,6 +302,42 @@ TEST_P(FileManagerContract, AHeldFolderIsUsedOrNone)
     }
 }
 
+TEST_P(FileManagerContract, AFolderIsFoundBelowAHeldOneHoweverItsPathIsSpelled)
+{
+    struct Row {
+        const char* spelling;
+        const char* place;
+    };
+    const Row rows[] = {
+        {"folder", "folder"},
+        {"folder/.", "folder"},
+        {"folder//tidemark below", "folder/tidemark below"},
+        {"folder///tidemark below/deeper", "folder/tidemark below/deeper"},
+        {"folder/tidemark below//deepest", "folder/tidemark below/deepest"},
+        {"folder/../beside", "beside"},
+    };
+    files().createDirectory(at("folder"));
+    const HeldFolder parent = files().hold(m_disk->folder());
+    const HeldFolder above = files().hold(at("folder"));
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.spelling);
+        files().createDirectory(at(row.place));
+        const HeldFolder found = files().holdBelow(above, at(row.spelling));
+        const HeldFolder made = files().createDirectoryBelow(above, at(row.spelling));
+        for (const HeldFolder* folder : {&found, &made}) {
+            const FileURL file = write("file", "content");
+            files().moveItem(
+                HeldEntry{parent, file}, HeldEntry{*folder, folder->url().appending("moved")});
+            const FileURL moved = at(row.place).appending("moved");
+            EXPECT_EQ(read(moved), "content");
+            files().trashItem(moved);
+        }
+    }
+
+    files().createDirectoryBelow(above, at("folder//tidemark new//month"));
+    EXPECT_TRUE(files().directoryExists(at("folder/tidemark new/month")));
+}
+
 TEST_P(FileManagerContract, ALinkThatIsThereBeforeIsFollowedByWhoHoldsIt)
 {
     files().createDirectory(at("real"));
