@@ -159,7 +159,7 @@ class Generator:
             document = {"folders": [self._folder(place) for place in self._folders()]}
         document["gracePeriod"] = self._choice([60, 60, 60, 0, 0, 1.5, 3600, -5, 60.5])
         if self._chance(0.3):
-            document["markdownSubfolder"] = self._choice(["", "Nötes ✓", "Notes", "link", " n "])
+            document["markdownSubfolder"] = self._choice(["", "Nötes ✓", "Notes", "link", " n ", "/n", "n//m"])
         for key, likelihood in (("isPaused", 0.05), ("hasOnboarded", 0.5)):
             if self._chance(0.5):
                 document[key] = self._chance(likelihood)
