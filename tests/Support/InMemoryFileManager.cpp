@@ -442,7 +442,7 @@ HeldFolder InMemoryFileManager::held(const FileURL& folder) const
     const Node& node = nodeAt(resolve(folder, LastLink::follow), folder);
     if (node.kind != Kind::folder)
         fail("cannot find the folder", folder, std::errc::not_a_directory);
-    return {folder, device, node.inode, FileDescriptor{}};
+    return {folder, {device, node.inode}, FileDescriptor{}};
 }
 
 void InMemoryFileManager::requireInPlace(const HeldFolder& folder) const
