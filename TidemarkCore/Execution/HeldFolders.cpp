@@ -19,15 +19,17 @@ const HeldFolder* HeldFolders::find(std::string_view path)
     // Making others must not let go of it any more.
     if (const auto made = m_made.find(path); made != m_made.end())
         return &m_found.insert(m_made.extract(made)).position->second;
+    const HeldFolder* above = nearestAbove(path);
     try {
         std::string spelling(path);
         const FileURL url = FileURL::directory(spelling);
-        const HeldFolder* above = nearestAbove(path);
         HeldFolder folder =
             above != nullptr ? m_fileManager->holdBelow(*above, url) : m_fileManager->hold(url);
         return &m_found.emplace(std::move(spelling), recognized(std::move(folder))).first->second;
     } catch (const std::filesystem::filesystem_error& error) {
-        if (!meansNoFolder(error.code()))
+        // What is below a folder that was moved away is not gone.
+        const bool isAboveGone = above != nullptr && error.path1() == above->url().path();
+        if (isAboveGone || !meansNoFolder(error.code()))
             throw;
         return nullptr;
     }

@@ -232,6 +232,36 @@ TEST(SwappedFolder, DoesNotHaveAnUndoTakeItsFilesForGone)
     EXPECT_EQ(disk.content("/away/a"), "A");
 }
 
+TEST(SwappedFolder, DoesNotHaveAnUndoTakeWhatIsInItsSubfoldersForGone)
+{
+    /// Acts when the first file is back.
+    struct OtherProgram final : UndoObserver {
+        explicit OtherProgram(InMemoryFileManager& files)
+            : disk(files)
+        {
+        }
+        void didRestore(const JournalEntry&, const FileURL&) override
+        {
+            disk.relocate("/filed", "/away");
+        }
+
+        InMemoryFileManager& disk;
+    };
+    InMemoryFileManager disk;
+    fill(disk);
+    sweep(disk, {moving("/in/a", "/filed/month"), moving("/in/z", "/filed")});
+    OtherProgram other{disk};
+
+    EXPECT_THROW(
+        executorOn(disk).undoLastSweep(sweepTime, &other), std::filesystem::filesystem_error);
+
+    EXPECT_EQ(journalOn(disk).load().sweeps.size(), 1U);
+    disk.relocate("/away", "/filed");
+    executorOn(disk).undoLastSweep(sweepTime);
+    EXPECT_EQ(disk.content("/in/a"), "A");
+    EXPECT_EQ(disk.content("/in/z"), "Z");
+}
+
 TEST(SwappedFolder, ManyFoldersAreSweptAlthoughOnlySomeAreHeld)
 {
     InMemoryFileManager disk;
