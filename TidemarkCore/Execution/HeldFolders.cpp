@@ -27,9 +27,9 @@ const HeldFolder* HeldFolders::find(std::string_view path)
             above != nullptr ? m_fileManager->holdBelow(*above, url) : m_fileManager->hold(url);
         return &m_found.emplace(std::move(spelling), recognized(std::move(folder))).first->second;
     } catch (const std::filesystem::filesystem_error& error) {
-        // What is below a folder that was moved away is not gone.
+        // What is in a folder that was moved away, or below it, is not gone.
         const bool isAboveGone = above != nullptr && error.path1() == above->url().path();
-        if (isAboveGone || !meansNoFolder(error.code()))
+        if (isAboveGone || m_seen.contains(path) || !meansNoFolder(error.code()))
             throw;
         return nullptr;
     }

@@ -44,7 +44,7 @@ private:
     FileManager* m_fileManager;
     ByPath m_found;
     ByPath m_made;
-    std::map<std::string, HeldFolder::Identity> m_seen;  // by path
+    std::map<std::string, HeldFolder::Identity, std::less<>> m_seen;  // by path
 };
 
 }  // namespace tidemark

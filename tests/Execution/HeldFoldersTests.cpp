@@ -82,8 +82,9 @@ TEST(HeldFolders, WhatComesIntoThePlaceOfOneThatIsNotOpenAnyMoreIsRefused)
     folders.find(found);
     folders.make(made);
     for (int number = 0; number < many; ++number) {
-        folders.make(numbered(home.path(), number));
+        std::filesystem::create_directory(numbered(home.path(), number));
         folders.find(numbered(home.path(), number));
+        folders.make(numbered(home.path(), number + 2 * many));
     }
     for (const std::string& path : {found, made}) {
         std::filesystem::rename(path, path + " away");
@@ -92,6 +93,25 @@ TEST(HeldFolders, WhatComesIntoThePlaceOfOneThatIsNotOpenAnyMoreIsRefused)
 
     EXPECT_THROW(folders.find(found), std::filesystem::filesystem_error);
     EXPECT_THROW(folders.make(made), std::filesystem::filesystem_error);
+}
+
+TEST(HeldFolders, OneThatIsNotOpenAnyMoreAndWasMovedAwayIsNoFolderThatNeverWas)
+{
+    const TemporaryFolder home;
+    LinuxFileManager files;
+    HeldFolders folders(files);
+    const std::string moved = numbered(home.path(), many);
+    std::filesystem::create_directory(moved);
+    folders.find(moved);
+    for (int number = 0; number < many; ++number) {
+        std::filesystem::create_directory(numbered(home.path(), number));
+        folders.find(numbered(home.path(), number));
+        folders.make(numbered(home.path(), number + 2 * many));
+    }
+    std::filesystem::rename(moved, moved + " away");
+
+    EXPECT_THROW(folders.find(moved), std::filesystem::filesystem_error);
+    EXPECT_EQ(folders.find(home.path() + "/absent"), nullptr);
 }
 
 TEST(HeldFolders, OneThatWasMadeAndThenFoundStaysWhileOthersAreMade)
