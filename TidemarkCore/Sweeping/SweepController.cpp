@@ -126,7 +126,20 @@ void SweepController::saveSettings()
     else
         m_settingsStore.save(m_settings);
     m_settingsError = nullptr;  // the file is good now
-    m_settingsIdentity = identityOfSettings();
+    m_settingsIdentity = identityOfSaved();
+}
+
+/// Nothing when another program has written the file since: that is to be loaded, then.
+std::optional<FileIdentity> SweepController::identityOfSaved() const
+{
+    const std::optional<FileIdentity> identity = identityOfSettings();
+    try {
+        if (m_settingsStore.load() == m_settings)
+            return identity;
+    } catch (const std::runtime_error&) {
+        // It was another program that wrote what cannot be read.
+    }
+    return std::nullopt;
 }
 
 std::vector<ActivityItem> SweepController::recentActivity(int limit)

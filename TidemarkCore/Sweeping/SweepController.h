@@ -89,6 +89,7 @@ private:
     void saveSettings();
     void loadSettings();
     std::optional<FileIdentity> identityOfSettings() const;
+    std::optional<FileIdentity> identityOfSaved() const;
 
     FileManager* m_fileManager;
     SettingsStore m_settingsStore;

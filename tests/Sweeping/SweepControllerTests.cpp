@@ -165,6 +165,41 @@ TEST(SweepController, KeepsAChangeInMemoryWhenItCannotBeSaved)
     EXPECT_EQ(controller.settings(), settings);
 }
 
+TEST(SweepController, TakesInWhatAnotherProgramWritesRightAfterASave)
+{
+    /// The other program writes before anybody has looked at the file that was saved.
+    struct Editor final : FaultInjectingFileManager {
+        explicit Editor(InMemoryFileManager& files)
+            : FaultInjectingFileManager(files)
+            , disk(files)
+        {
+        }
+        void writeAtomically(const FileURL& url, std::span<const std::string_view> pieces) override
+        {
+            FaultInjectingFileManager::writeAtomically(url, pieces);
+            disk.addFile(url.path(), edited);
+        }
+
+        InMemoryFileManager& disk;
+        std::string edited;
+    };
+    InMemoryFileManager disk;
+    Editor editor{disk};
+    SweepController controller = controllerOn(editor);
+    const Settings changed = watching("/in");
+
+    editor.edited = "{\"isPaused\" : true}";
+    controller.update(changed);
+    EXPECT_TRUE(controller.takeInOtherChanges());
+    EXPECT_EQ(controller.settings(), Settings{.isPaused = true});
+
+    editor.edited = "{torn";
+    controller.update(changed);
+    EXPECT_FALSE(controller.takeInOtherChanges());
+    EXPECT_NE(controller.settingsError(), nullptr);
+    EXPECT_EQ(controller.settings(), changed);
+}
+
 TEST(SweepController, SweepsNothingAndTouchesNoJournalWhilePaused)
 {
     InMemoryFileManager disk{{"/in/a", "A"}};
