@@ -9,7 +9,6 @@ namespace tidemark {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 struct Signal {

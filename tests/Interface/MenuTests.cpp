@@ -12,7 +12,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::Not;
 
-class Menu : public InterfaceTest {
+class Menu : public InterfaceTest {  // NOLINT(cppcoreguidelines-virtual-class-destructor)
 protected:
     MenuContent& content(MenuHost host = MenuHost::widgets)
     {

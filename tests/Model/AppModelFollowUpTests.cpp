@@ -206,17 +206,17 @@ TEST_F(AppModelFollowUp, NothingIsPlannedAtLaunchBeforeTheUserHasAgreedOrWhilePa
 {
     struct Row {
         const char* name;
+        AppModel::Initiative initiative;
         bool hasOnboarded;
         bool isPaused;
-        AppModel::Initiative initiative;
         bool isPlanned;
     };
     const Row rows[] = {
-        {"agreed", true, false, AppModel::Initiative::onceOnboarded, true},
-        {"not agreed", false, false, AppModel::Initiative::onceOnboarded, false},
-        {"not asked", false, false, AppModel::Initiative::always, true},
-        {"paused", true, true, AppModel::Initiative::onceOnboarded, false},
-        {"not asked but paused", false, true, AppModel::Initiative::always, false},
+        {"agreed", AppModel::Initiative::onceOnboarded, true, false, true},
+        {"not agreed", AppModel::Initiative::onceOnboarded, false, false, false},
+        {"not asked", AppModel::Initiative::always, false, false, true},
+        {"paused", AppModel::Initiative::onceOnboarded, true, true, false},
+        {"not asked but paused", AppModel::Initiative::always, false, true, false},
     };
     addFile("in/one.pdf", Seconds{100});
     for (const Row& row : rows) {

@@ -26,7 +26,7 @@ FileInfo file(std::string name, Date date = now)
         .isScreenCapture = false};
 }
 
-Rule moving(std::string name, std::vector<std::string> types = {}, bool isEnabled = true)
+Rule moving(const std::string& name, std::vector<std::string> types = {}, bool isEnabled = true)
 {
     return {.name = name,
         .isEnabled = isEnabled,

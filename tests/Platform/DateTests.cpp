@@ -87,11 +87,13 @@ TEST(Date, ATextCutAnywhereIsNoDate)
 
 TEST(Date, EveryDayOfTheCalendarIsReadBack)
 {
-    constexpr double firstDay = -62'167'219'200;
-    constexpr double lastDay = 253'402'214'400;
-    for (double day = firstDay; day <= lastDay; day += 7 * secondsPerDay) {
-        const std::string text = formatISO8601(at(day + 3'661));
-        ASSERT_EQ(parseISO8601(text), at(day + 3'661)) << text;
+    constexpr std::int64_t firstDay = -62'167'219'200;
+    constexpr std::int64_t lastDay = 253'402'214'400;
+    constexpr std::int64_t week = 7 * static_cast<std::int64_t>(secondsPerDay);
+    for (std::int64_t day = firstDay; day <= lastDay; day += week) {
+        const Date date = at(static_cast<double>(day + 3'661));
+        const std::string text = formatISO8601(date);
+        ASSERT_EQ(parseISO8601(text), date) << text;
     }
 }
 

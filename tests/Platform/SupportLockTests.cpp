@@ -66,9 +66,8 @@ TEST(SupportLock, EndsWithTheProcessThatHoldsIt)
     const pid_t child = ::fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
-        const SupportLock lock = SupportLock::acquire(folder.url());
-        const bool told = ::write(ready[1], "x", 1) == 1;
-        while (told)
+        [[maybe_unused]] const SupportLock lock = SupportLock::acquire(folder.url());
+        while (::write(ready[1], "x", 1) == 1)
             ::pause();
         ::_exit(1);
     }

@@ -49,10 +49,10 @@ std::string hashOf(const std::string& content)
 
 }  // namespace
 
-TestBundle::TestBundle(const TemporaryFolder& parent, const std::string& name,
-    const std::string& version, const TestDeveloper& developer)
+TestBundle::TestBundle(const TemporaryFolder& parent, std::string name, const std::string& version,
+    const TestDeveloper& developer)
     : m_parent(parent)
-    , m_name(name)
+    , m_name(std::move(name))
 {
     write("Info.json", R"({"CFBundleShortVersionString": ")" + version + "\"}");
     // Beside the bundle it notes that it ran.
@@ -110,7 +110,12 @@ std::string TestBundle::manifest(const std::string& team, const std::string& ver
                 + hashOf(contentOf(entry.path())) + '"';
         else
             continue;
-        files += (files.empty() ? "" : ", ") + (R"({"path": ")" + relative) + "\", " + facts + '}';
+        files.append(files.empty() ? "" : ", ")
+            .append(R"({"path": ")")
+            .append(relative)
+            .append("\", ")
+            .append(facts)
+            .append("}");
     }
     return R"({"teamIdentifier": ")" + team + R"(", "version": ")" + version + R"(", "files": [)"
         + files + "]}";

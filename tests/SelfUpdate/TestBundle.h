@@ -14,7 +14,7 @@ namespace tidemark {
 class TestBundle {
 public:
     /// Makes the folder "<name>" in `parent`; its program tells `version` and ends.
-    TestBundle(const TemporaryFolder& parent, const std::string& name, const std::string& version,
+    TestBundle(const TemporaryFolder& parent, std::string name, const std::string& version,
         const TestDeveloper& developer);
 
     FileURL url() const { return FileURL::directory(m_parent.path(m_name)); }

@@ -30,7 +30,7 @@ public:
     /// The work folder of an application.
     std::string add(pid_t application) const
     {
-        const std::string name = "qrv-update-" + std::to_string(application);
+        std::string name = "qrv-update-" + std::to_string(application);
         m_folder.write(name + "/unpacked/Tidemark.app/bin/tidemark", "new");
         return name;
     }
@@ -38,7 +38,7 @@ public:
     /// Its script, written so many seconds ago.
     std::string addScript(pid_t application, std::time_t age) const
     {
-        const std::string name = "qrv-update-" + std::to_string(application) + ".sh";
+        std::string name = "qrv-update-" + std::to_string(application) + ".sh";
         m_folder.write(name, "#!/bin/sh\n");
         const timespec time{.tv_sec = std::time(nullptr) - age, .tv_nsec = 0};
         const timespec both[] = {time, time};

@@ -15,9 +15,9 @@ bool succeeds(const std::string& command)
     return std::system((command + " >/dev/null 2>&1").c_str()) == 0;
 }
 
-LoopMount::LoopMount(const TemporaryFolder& folder, const std::string& at, const std::string& size,
-    const std::string& make)
-    : m_at(at)
+LoopMount::LoopMount(
+    const TemporaryFolder& folder, std::string at, const std::string& size, const std::string& make)
+    : m_at(std::move(at))
 {
     std::filesystem::create_directories(m_at);
     const std::string image = folder.path("image");

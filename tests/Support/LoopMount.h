@@ -12,7 +12,7 @@ class LoopMount {
 public:
     /// The file is made in `folder`, and `at` if there is no such folder yet. `make` is the command that
     /// formats the file whose name is added to it.
-    LoopMount(const TemporaryFolder& folder, const std::string& at, const std::string& size,
+    LoopMount(const TemporaryFolder& folder, std::string at, const std::string& size,
         const std::string& make);
     ~LoopMount();
 

@@ -54,6 +54,7 @@ SweepRecord recordOf(int first, int count)
 std::vector<std::string> namesOf(const std::vector<ActivityItem>& items)
 {
     std::vector<std::string> names;
+    names.reserve(items.size());
     for (const ActivityItem& item : items)
         names.emplace_back(item.fileName());
     return names;
