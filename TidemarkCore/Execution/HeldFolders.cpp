@@ -35,6 +35,12 @@ const HeldFolder* HeldFolders::find(std::string_view path)
     }
 }
 
+void HeldFolders::letGo(std::string_view path)
+{
+    if (const auto found = m_found.find(path); found != m_found.end())
+        m_found.erase(found);
+}
+
 const HeldFolder& HeldFolders::make(std::string_view path)
 {
     if (const HeldFolder* folder = known(path))

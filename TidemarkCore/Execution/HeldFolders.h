@@ -31,6 +31,9 @@ public:
     /// found or made. Throws filesystem_error as `find` does, too.
     const HeldFolder& make(std::string_view path);
 
+    /// Closes a folder that was found: an open one cannot be unmounted. It is known again.
+    void letGo(std::string_view path);
+
 private:
     using ByPath = std::map<std::string, HeldFolder, std::less<>>;
 

@@ -62,7 +62,7 @@ SweepPlan SweepEngine::plan(const std::vector<WatchedFolder>& folders, Seconds g
     return planAll(folders, gracePeriod, now, observer, nullptr);
 }
 
-/// `held` gets every folder before it is scanned.
+/// `held` gets every folder before it is scanned, and lets go of those that nothing is taken out of.
 SweepPlan SweepEngine::planAll(const std::vector<WatchedFolder>& folders, Seconds gracePeriod,
     Date now, SweepObserver* observer, HeldFolders* held)
 {
@@ -79,9 +79,11 @@ SweepPlan SweepEngine::planAll(const std::vector<WatchedFolder>& folders, Second
         const auto flagMatters = [&](std::string_view name) {
             return RuleChoice::asksForFlag(name, folder.rules);
         };
-        append(plan(DirectoryScan::files(url, *m_fileManager, flagMatters), folder.rules,
-                   gracePeriod, now),
-            joined);
+        SweepPlan ownPlan = plan(
+            DirectoryScan::files(url, *m_fileManager, flagMatters), folder.rules, gracePeriod, now);
+        if (held != nullptr && ownPlan.actions.empty())
+            held->letGo(url.path());
+        append(std::move(ownPlan), joined);
     }
     if (joined.comingOfAge)
         follower.willComeOfAge(*joined.comingOfAge);

@@ -115,6 +115,8 @@ TEST_P(WatchCommandTrouble, AFileSystemThatIsTakenAwayIsSweptWhenItIsBack)
         WatchProcess process{watch()};
         process.readUntil("a.pdf -> ");
 
+        // Its answer comes when no folder is in use by the sweep any more.
+        EXPECT_EQ(run({"sweep"}).status, 0);
         ASSERT_EQ(::umount2(home().path("late").c_str(), 0), 0) << std::strerror(errno);
         home().write("in/b.pdf", "B");
         process.readUntil("b.pdf -> ~/Filed/b.pdf");

@@ -1,14 +1,21 @@
 #include "SweepEngine.h"
 
+#include "Clock.h"
 #include "DefaultRules.h"
 #include "InMemoryFileManager.h"
+#include "LinuxFileManager.h"
+#include "TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 using namespace tidemark;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 
 namespace {
 
@@ -196,6 +203,32 @@ TEST_F(SweepEngineTest, TakesNothingFromAFolderThatComesIntoThePlaceOfAScannedOn
     EXPECT_THAT(swapper.failed, ElementsAre("/two/b"));
     EXPECT_EQ(m_disk.content("/away/b"), "/two/b");
     EXPECT_EQ(m_disk.content("/outside/b"), "/outside/b");
+}
+
+TEST_F(SweepEngineTest, KeepsNoFolderOpenThatNothingIsTakenOutOf)
+{
+    const TemporaryFolder home;
+    home.write("busy/a", "A");
+    home.write("busy/b", "B");
+    home.makeFolder("idle");
+    LinuxFileManager files;
+    struct Observer final : SweepObserver {
+        std::vector<std::string> open;
+        void didPerform(const JournalEntry& /*entry*/) override
+        {
+            for (const auto& file : std::filesystem::directory_iterator("/proc/self/fd"))
+                open.push_back(std::filesystem::read_symlink(file.path()).string());
+        }
+    };
+    Observer observer;
+    Rule rule = movingTo(home.path("out"));
+
+    SweepEngine{Executor(JournalStore(home.url("journal.json"), files), files), files}.sweep(
+        {watched(home.path("busy"), {rule}), watched(home.path("idle"), {rule})}, Seconds(0),
+        SystemClock{}.now(), SystemClock{}.now() + Seconds(60), &observer);
+
+    EXPECT_THAT(observer.open, Contains(home.path("busy")));
+    EXPECT_THAT(observer.open, Not(Contains(home.path("idle"))));
 }
 
 TEST_F(SweepEngineTest, TakesAgesFromNowAndTheRecordsStartFromItsStart)
