@@ -35,6 +35,16 @@ std::string numbered(const std::string& folder, int number)
     return folder + '/' + std::to_string(number);
 }
 
+/// So many that those before them are not open any more.
+void useManyOthers(HeldFolders& folders, const TemporaryFolder& home)
+{
+    for (int number = 0; number < many; ++number) {
+        std::filesystem::create_directory(numbered(home.path(), number));
+        folders.find(numbered(home.path(), number));
+        folders.make(numbered(home.path(), number + 2 * many));
+    }
+}
+
 }  // namespace
 
 /// As one watched folder whose notes go to the folders of many months, and an undo of many folders' sweep.
@@ -81,11 +91,7 @@ TEST(HeldFolders, WhatComesIntoThePlaceOfOneThatIsNotOpenAnyMoreIsRefused)
     std::filesystem::create_directory(found);
     folders.find(found);
     folders.make(made);
-    for (int number = 0; number < many; ++number) {
-        std::filesystem::create_directory(numbered(home.path(), number));
-        folders.find(numbered(home.path(), number));
-        folders.make(numbered(home.path(), number + 2 * many));
-    }
+    useManyOthers(folders, home);
     for (const std::string& path : {found, made}) {
         std::filesystem::rename(path, path + " away");
         std::filesystem::create_directory_symlink(home.path(), path);
@@ -103,11 +109,7 @@ TEST(HeldFolders, OneThatIsNotOpenAnyMoreAndWasMovedAwayIsNoFolderThatNeverWas)
     const std::string moved = numbered(home.path(), many);
     std::filesystem::create_directory(moved);
     folders.find(moved);
-    for (int number = 0; number < many; ++number) {
-        std::filesystem::create_directory(numbered(home.path(), number));
-        folders.find(numbered(home.path(), number));
-        folders.make(numbered(home.path(), number + 2 * many));
-    }
+    useManyOthers(folders, home);
     std::filesystem::rename(moved, moved + " away");
 
     EXPECT_THROW(folders.find(moved), std::filesystem::filesystem_error);
