@@ -65,8 +65,9 @@ void TrayHost::listen()
     auto* watcher = new QDBusServiceWatcher{
         watcherName(), bus, QDBusServiceWatcher::WatchForRegistration, this};
     QObject::connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &TrayHost::ask);
-    bus.connect(watcherName(), watcherPath(), watcherName(),
-        QStringLiteral("StatusNotifierHostRegistered"), this, SLOT(ask()));
+    // From anybody: to listen to the watcher alone, its address would be waited for.
+    bus.connect({}, watcherPath(), watcherName(), QStringLiteral("StatusNotifierHostRegistered"),
+        this, SLOT(ask()));
 }
 
 void TrayHost::ask()

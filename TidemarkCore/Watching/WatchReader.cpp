@@ -16,6 +16,10 @@ using Clock = std::chrono::steady_clock;
 /// So many directories are read before the event queues get their turn.
 constexpr std::size_t directoriesAtATime = 64;
 
+/// Reading whole trees at once would take the processor from a program that is just starting, and from the panel
+/// that its icon goes to. Nothing is missed: the kernel collects events from the start on.
+constexpr DrainPace::Duration pauseAtTheStart{50};
+
 int millisecondsUntil(Clock::time_point due)
 {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(due - Clock::now()).count();
@@ -76,6 +80,7 @@ void WatchReader::settle()
 void WatchReader::run()
 {
     ::pthread_setname_np(::pthread_self(), "watcher.reader");
+    pause(pauseAtTheStart);
     while (!isStopping()) {
         if (m_beforeReading)
             m_beforeReading();

@@ -44,6 +44,29 @@ private:
     posix_spawn_file_actions_t m_actions = {};
 };
 
+/// A shell's background jobs, and what nohup(1) starts, ignore signals; what they start would too.
+class UnignoredSignals {
+public:
+    UnignoredSignals()
+    {
+        sigset_t signals;
+        ::sigemptyset(&signals);
+        for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM})
+            ::sigaddset(&signals, number);
+        ::posix_spawnattr_init(&m_attributes);
+        ::posix_spawnattr_setsigdefault(&m_attributes, &signals);
+        ::posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGDEF);
+    }
+    ~UnignoredSignals() { ::posix_spawnattr_destroy(&m_attributes); }
+    UnignoredSignals(const UnignoredSignals&) = delete;
+    UnignoredSignals& operator=(const UnignoredSignals&) = delete;
+
+    const posix_spawnattr_t* get() const { return &m_attributes; }
+
+private:
+    posix_spawnattr_t m_attributes = {};
+};
+
 /// Limits the files that this process writes, and thus a child that it starts, until the end of the scope.
 class FileSizeLimit {
 public:
@@ -103,8 +126,9 @@ ProgramProcess::ProgramProcess(const ProgramStart& start)
         actions.redirect(STDOUT_FILENO, start.outputFile);
     actions.redirect(STDERR_FILENO, start.errorFile);
     actions.changeFolder(start.workingFolder);
+    const UnignoredSignals signals;
     const FileSizeLimit limit{start.largestFile};
-    const int error = ::posix_spawn(&m_pid, start.path.c_str(), actions.get(), nullptr,
+    const int error = ::posix_spawn(&m_pid, start.path.c_str(), actions.get(), signals.get(),
         pointersTo(arguments).data(), pointersTo(variables).data());
     if (error != 0)
         throw std::system_error{error, std::generic_category(), "cannot start " + start.path};

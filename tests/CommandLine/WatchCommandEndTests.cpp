@@ -41,7 +41,7 @@ TEST_P(WatchCommandSignals, EndItCleanly)
 
 TEST_P(WatchCommandSignals, EndASweepAfterTheFileItIsAt)
 {
-    constexpr int count = 500;
+    constexpr int count = 1000;
     fileMyPapers();
     addPapers(count);
     const std::multiset<std::string> before = contents({"in"});

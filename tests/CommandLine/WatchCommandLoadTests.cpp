@@ -3,6 +3,7 @@
 #include "WatchFixture.h"
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -50,6 +51,7 @@ TEST_P(WatchCommandLoad, ManyFilesAtOnceMakeFewSweepsAndTakeLittleMemory)
     home().write("blocked", "no folder");
     home().write("in/counts.txt", "");
     FileEvents notes{supportPath()};
+    const auto start = std::chrono::steady_clock::now();
     WatchProcess process{watch()};
     process.readUntil("  Failed  ");
 
@@ -57,7 +59,9 @@ TEST_P(WatchCommandLoad, ManyFilesAtOnceMakeFewSweepsAndTakeLittleMemory)
     home().write("in/a.pdf", "A");
     process.readUntil("a.pdf -> ~/Filed/a.pdf");
 
-    EXPECT_LE(notes.count("last-failure.json"), 4);
+    // One at the start, and each other after a second of quiet, of which a busy machine may make more than one.
+    const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - start;
+    EXPECT_LE(notes.count("last-failure.json"), 1 + waited.count());
     // A sanitizer needs many times what the program does.
     EXPECT_LT(peakMemory(process.pid()), (isSanitized ? 1024 : 64) * mebibyte);
     EXPECT_EQ(home().names("in").size(), 20001U);
@@ -84,7 +88,7 @@ protected:
 
 TEST_F(WatchCommandRace, WithAnotherProgramLosesNothing)
 {
-    constexpr int count = 300;
+    constexpr int count = 600;
     fileMyPapers();
     addPapers(count);
     home().makeFolder("elsewhere");
