@@ -4,6 +4,7 @@
 #include "HeldFolders.h"
 #include "JournalEntry.h"
 #include "PlannedAction.h"
+#include "TakenNames.h"
 
 #include <functional>
 #include <optional>
@@ -25,7 +26,7 @@ struct Destination {
 
     /// Makes the folder and returns the first place in it that is free: `name`, or `name` with a counter
     /// from 2. Throws filesystem_error, invalid_argument when `name` cannot be a file's name.
-    HeldEntry prepare(FileManager& fileManager, HeldFolders& folders) const;
+    HeldEntry prepare(FileManager& fileManager, HeldFolders& folders, TakenNames& taken) const;
 
     /// The same with other means. `makeFolder` makes `folder`; `isTaken` tells whether something stands at
     /// a name in it. Returns the name. What they throw passes through.

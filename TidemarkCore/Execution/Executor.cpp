@@ -18,6 +18,7 @@ struct Executor::Sweep {
     JournalWriter journal;
     HeldFolders& folders;
     Date now;
+    TakenNames taken = {};
 };
 
 Executor::Executor(JournalStore store, FileManager& fileManager)
@@ -64,6 +65,7 @@ void Executor::performOrWithdraw(const PlannedAction& action, Sweep& sweep, Swee
     const std::optional<HeldEntry> source = sourceOf(action, sweep, observer);
     if (!source)
         return;
+    sweep.taken.forget(*source);
     try {
         perform(action, *source, sweep);
         observer.didPerform(journal.record().entries.back());
@@ -102,7 +104,7 @@ void Executor::perform(const PlannedAction& action, const HeldEntry& source, Swe
 void Executor::journalThenMove(
     const PlannedAction& action, const HeldEntry& source, const Destination& wanted, Sweep& sweep)
 {
-    const HeldEntry place = wanted.prepare(*m_fileManager, sweep.folders);
+    const HeldEntry place = wanted.prepare(*m_fileManager, sweep.folders, sweep.taken);
     sweep.journal.append(JournalEntry::between(opOf(action), source.url, place.url, sweep.now));
     sweep.journal.save();
     m_fileManager->moveItem(source, place);
@@ -154,11 +156,12 @@ std::optional<SweepRecord> Executor::undoLastSweep(Date /*now*/, UndoObserver* o
 void Executor::restoreAll(const std::vector<JournalEntry>& entries, UndoObserver& observer)
 {
     HeldFolders folders(*m_fileManager);
+    TakenNames taken;
     std::for_each(entries.rbegin(), entries.rend(), [&](const JournalEntry& entry) {
         if (observer.shouldStop())
             throw std::filesystem::filesystem_error("stopped before everything was restored",
                 std::make_error_code(std::errc::operation_canceled));
-        restore(entry, folders, observer);
+        restore(entry, folders, taken, observer);
     });
 }
 
@@ -176,14 +179,16 @@ void Executor::flushFolders(const std::vector<JournalEntry>& entries)
         m_fileManager->flushDirectory(FileURL::directory(std::string(folder)));
 }
 
-void Executor::restore(const JournalEntry& entry, HeldFolders& folders, UndoObserver& observer)
+void Executor::restore(
+    const JournalEntry& entry, HeldFolders& folders, TakenNames& taken, UndoObserver& observer)
 {
     const auto now = canExist(entry.to) ? find(FileURL(entry.to), folders) : std::nullopt;
     if (!now) {
         observer.didFindGone(entry);
         return;
     }
-    const HeldEntry place = Destination::at(entry.from).prepare(*m_fileManager, folders);
+    taken.forget(*now);
+    const HeldEntry place = Destination::at(entry.from).prepare(*m_fileManager, folders, taken);
     m_fileManager->moveItem(*now, place);
     observer.didRestore(entry, place.url);
 }

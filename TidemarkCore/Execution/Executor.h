@@ -56,7 +56,8 @@ private:
     void journalThenTrash(const HeldEntry& source, Sweep& sweep);
     void flushFolders(const std::vector<JournalEntry>& entries);
     void restoreAll(const std::vector<JournalEntry>& entries, UndoObserver& observer);
-    void restore(const JournalEntry& entry, HeldFolders& folders, UndoObserver& observer);
+    void restore(
+        const JournalEntry& entry, HeldFolders& folders, TakenNames& taken, UndoObserver& observer);
 
     JournalStore m_store;
     FileManager* m_fileManager;

@@ -201,6 +201,47 @@ TEST(Executor, AvoidsTakenNamesByACounterFromTwo)
     }
 }
 
+TEST(Executor, AsksTheDiskOnceForEachNumberHoweverManyFilesShareAName)
+{
+    constexpr int count = 60;
+    InMemoryFileManager disk;
+    std::vector<PlannedAction> actions;
+    for (int file = 0; file < count; ++file) {
+        const std::string source = "/in/" + std::to_string(file) + "/a.txt";
+        disk.addFile(source, source);
+        actions.push_back(moving(source, "/out"));
+    }
+    FaultInjectingFileManager counting(disk);
+    const SweepRecord record = sweep(counting, std::move(actions));
+
+    ASSERT_EQ(record.entries.size(), count);
+    EXPECT_EQ(record.entries.back().to, "/out/a 60.txt");
+    // Its source, the name that turns out to be taken, and the one that is free.
+    EXPECT_LE(counting.callCount(FileCall::fileExists), 3 * count + 1);
+}
+
+TEST(Executor, UsesANameAgainThatItHasFreedItself)
+{
+    struct Row {
+        const char* name;
+        SweepAction frees;
+    };
+    for (const Row& row : {
+             Row{"move", SweepAction::move(FileURL::directory("/elsewhere"))},
+             Row{"rename", SweepAction::rename("b.txt")},
+             Row{"trash", SweepAction::trash()},
+         }) {
+        InMemoryFileManager disk{{"/out/a.txt", "A"}, {"/one/a.txt", "1"}, {"/two/a.txt", "2"}};
+        const SweepRecord record = sweep(disk,
+            {moving("/one/a.txt", "/out"), planned("/out/a.txt", row.frees),
+                moving("/two/a.txt", "/out")});
+
+        ASSERT_EQ(record.entries.size(), 3U) << row.name;
+        EXPECT_EQ(record.entries[0].to, "/out/a 2.txt") << row.name;
+        EXPECT_EQ(record.entries[2].to, "/out/a.txt") << row.name;
+    }
+}
+
 TEST(Executor, CountsAFolderOrADanglingLinkAsTaken)
 {
     InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}};
