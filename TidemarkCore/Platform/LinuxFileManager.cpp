@@ -185,7 +185,7 @@ void LinuxFileManager::flushDirectory(const FileURL& folder)
 void LinuxFileManager::moveItem(const HeldEntry& from, const HeldEntry& to)
 {
     FileMover::move({from, to, m_ownChanges});
-    m_trash.removeRecord(from.url);
+    m_trash.removeRecord(from);
 }
 
 std::optional<FileURL> LinuxFileManager::trashItem(const HeldEntry& file)

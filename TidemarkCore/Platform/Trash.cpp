@@ -298,14 +298,22 @@ void Trash::requireOutsideOfTrashes(const FileURL& url, const FileURL& realURL) 
         fail(cannotTrash, url, EINVAL);
 }
 
-void Trash::removeRecord(const FileURL& formerPlace) const
+void Trash::removeRecord(const HeldEntry& formerPlace) const
 {
-    const FileURL files = formerPlace.parent();
+    const FileURL files = formerPlace.url.parent();
     const FileURL trash = files.parent();
     if (files.lastPathComponent() != "files"
         || (trash.path() != m_home.path() && !isOwnTrashAtTop(trash)))
         return;
-    TrashRecord::remove(trash.appending("info"), formerPlace.lastPathComponent(), m_ownChanges);
+    try {
+        const HeldFolder held = Folders::hold(trash);
+        if (Folders::holdBelow(held, files).identity() != formerPlace.folder.identity())
+            return;
+        const HeldFolder info = Folders::holdIn(held, "info");
+        TrashRecord::remove(info, formerPlace.url.lastPathComponent(), m_ownChanges);
+    } catch (const std::filesystem::filesystem_error&) {
+        // The file is back, which is what counts.
+    }
 }
 
 }  // namespace tidemark

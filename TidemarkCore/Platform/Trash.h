@@ -26,8 +26,9 @@ public:
     FileURL moveIn(const HeldEntry& file) const;
 
     /// Removes the record of a file that has been moved out of a trash, if `formerPlace` was in one. A
-    /// record that cannot be removed stays: other programs ignore one without a file.
-    void removeRecord(const FileURL& formerPlace) const;
+    /// record that cannot be removed stays: other programs ignore one without a file. So does one behind a
+    /// link in the place of "info", or beside another folder than the file was in: it may be anybody's.
+    void removeRecord(const HeldEntry& formerPlace) const;
 
 private:
     void requireOutsideOfTrashes(const FileURL& url, const FileURL& realURL) const;

@@ -101,9 +101,9 @@ std::string TrashRecord::text(std::string_view path, Date deleted)
         + "\nDeletionDate=" + deletionDate(deleted) + '\n';
 }
 
-void TrashRecord::remove(const FileURL& infoFolder, std::string_view name, OwnChanges ownChanges)
+void TrashRecord::remove(const HeldFolder& infoFolder, std::string_view name, OwnChanges ownChanges)
 {
-    Folders::removeName(recordOf(infoFolder, name), ownChanges);
+    Folders::removeName(HeldEntry{infoFolder, recordOf(infoFolder.url(), name)}, ownChanges);
 }
 
 std::string TrashRecord::nameInTrash(std::string_view name, int number)

@@ -28,7 +28,7 @@ public:
     static std::string text(std::string_view path, Date deleted);
 
     /// Removes the record of `name`; one that cannot be removed stays.
-    static void remove(const FileURL& infoFolder, std::string_view name, OwnChanges ownChanges);
+    static void remove(const HeldFolder& infoFolder, std::string_view name, OwnChanges ownChanges);
 
     /// The name of a file in a trash, the first choice being number 1: the same, then "NAME 2.ext" and so
     /// on, short enough for the name of its record.

@@ -334,6 +334,46 @@ TEST_F(TrashTest, AFileThatComesOutTakesItsRecordAway)
     EXPECT_EQ(m_folder.read("back"), "content");
 }
 
+TEST(Trash, KeepsTheRecordsThatALinkWhichCameLaterLeadsTo)
+{
+    struct Row {
+        const char* swapped;
+        const char* record;
+    };
+    for (const Row& row : {Row{"Trash/info", "foreign/file.trashinfo"},
+             Row{"Trash/files", "Trash/info/file.trashinfo"},
+             Row{"Trash", "foreign/info/file.trashinfo"}}) {
+        SCOPED_TRACE(row.swapped);
+        const TemporaryFolder folder;
+        const Trash trash{folder.url("Trash")};
+        const FileURL place = moveIn(trash, folder.write("file", "content"));
+        const HeldFolder files = Folders::hold(place.parent());
+        std::filesystem::rename(place.path(), folder.path("back"));
+
+        std::filesystem::rename(folder.path(row.swapped), folder.path("away"));
+        folder.makeFolder("foreign/files");
+        folder.write(row.record, "foreign");
+        folder.makeLink(row.swapped, folder.path("foreign"));
+        trash.removeRecord({files, place});
+        EXPECT_TRUE(folder.holds(row.record));
+    }
+}
+
+TEST_F(TrashTest, AFileThatComesOutOfALinkedTrashTakesItsRecordAway)
+{
+    const ScopedHome home{m_folder.path("home")};
+    m_folder.makeFolder("real");
+    m_folder.makeFolder("elsewhere");
+    m_folder.makeFolder("home/.local/share");
+    m_folder.makeLink("home/.local/share/Trash", m_folder.path("real"));
+    m_folder.makeLink("real/files", m_folder.path("elsewhere"));
+    LinuxFileManager files;
+    const FileURL place = *files.trashItem(m_folder.write("file", "content"));
+    ASSERT_THAT(m_folder.names("real/info"), ElementsAre("file.trashinfo"));
+    files.moveItem(place, m_folder.url("back"));
+    EXPECT_THAT(m_folder.names("real/info"), IsEmpty());
+}
+
 TEST_F(TrashTest, AFolderThatOnlyLooksLikeATrashKeepsItsRecords)
 {
     const ScopedHome home{m_folder.path("home")};

@@ -60,10 +60,11 @@ public:
         replacesNewAndChanges,
         linksFolder,
         linksOldFolder,
+        linksRecords,
     };
     static constexpr Deed everyDeed[] = {Deed::takes, Deed::replaces, Deed::changes,
         Deed::linksFile, Deed::occupies, Deed::replacesNew, Deed::replacesNewAndChanges,
-        Deed::linksFolder, Deed::linksOldFolder};
+        Deed::linksFolder, Deed::linksOldFolder, Deed::linksRecords};
 
     Intruder(const World& world, Deed deed, std::string from, std::string to)
         : m_world(world)
@@ -71,7 +72,9 @@ public:
         , m_from(std::move(from))
         , m_to(std::move(to))
     {
-        const std::string& disturbed = deed == Deed::linksOldFolder ? m_from : m_to;
+        const std::string disturbed = deed == Deed::linksOldFolder ? m_from
+            : deed == Deed::linksRecords                           ? recordOf(m_from)
+                                                                   : m_to;
         const bool isOnDisk = disturbed.starts_with(world.place() + "/disk/");
         m_outside = world.place() + (isOnDisk ? "/disk/outside" : "/outside");
         // Of the name at which it would be found through a link in the folder's place.
@@ -82,7 +85,17 @@ public:
         fs::create_directories(atticFor(m_to));
         fs::create_directories(m_outside);
         write(m_secret, "secret");
-        m_wanted.insert("secret");
+        // Records are not among the files that are counted.
+        if (deed != Deed::linksRecords)
+            m_wanted.insert("secret");
+    }
+
+    /// The record of a file that lies in a trash.
+    static std::string recordOf(const std::string& file)
+    {
+        const fs::path path{file};
+        return path.parent_path().parent_path() / "info"
+            / (path.filename().string() + ".trashinfo");
     }
 
     /// Whether there was something to do.
@@ -108,6 +121,8 @@ public:
             return linkFolder(m_to);
         case Deed::linksOldFolder:
             return linkFolder(m_from);
+        case Deed::linksRecords:
+            return linkFolder(recordOf(m_from));
         }
         return false;
     }
@@ -205,7 +220,8 @@ std::ostream& operator<<(std::ostream& stream, Intruder::Deed deed)
         "puts another file into its new place",
         "puts another file into its new place and writes into the old one",
         "puts a link into the place of the folder that the file goes to",
-        "puts a link into the place of the folder that the file comes from"};
+        "puts a link into the place of the folder that the file comes from",
+        "puts a link into the place of the folder with the file's record"};
     return stream << texts[static_cast<int>(deed)];
 }
 
@@ -220,6 +236,9 @@ protected:
 
         std::string folder() const { return fs::path{to}.parent_path().string(); }
         std::string oldFolder() const { return fs::path{from}.parent_path().string(); }
+        std::string record() const { return Intruder::recordOf(from); }
+        std::string recordFolder() const { return fs::path{record()}.parent_path().string(); }
+        bool comesOutOfTrash() const { return oldFolder().ends_with("/files"); }
     };
 
     static Course courseOf(World& world)
@@ -254,7 +273,8 @@ protected:
     /// The moments to disturb. The short form keeps to the calls by which the file gets its new name and
     /// loses the old one, and to what is opened and looked up in between; with links in the place of
     /// folders, to all that concerns the file or its folders from the moment on at which the product has
-    /// looked at that folder. A link that is there before is the user's own.
+    /// looked at that folder. A link that is there before is the user's own; but no record is removed
+    /// behind one.
     class Window {
     public:
         explicit Window(const Course& course)
@@ -270,6 +290,8 @@ protected:
                 return isSeen && (isNear(call, m_course) || call.path == m_course.oldFolder())
                     && (wantsLongTests() || (!m_isOver && call.descriptor < 0));
             }
+            if (deed == Deed::linksRecords)
+                return m_course.comesOutOfTrash() && concernsRecord(call);
             using Kind = TracedCall::Kind;
             const bool isInside = m_isOpen && (call.kind == Kind::open || call.kind == Kind::look);
             return isNear(call, m_course)
@@ -294,6 +316,12 @@ protected:
         bool holdsFolder() const { return m_holdsFolder && !m_course.folder().ends_with("/files"); }
 
     private:
+        bool concernsRecord(const TracedCall& call) const
+        {
+            return ends(call) || call.path == m_course.record()
+                || call.path == m_course.recordFolder();
+        }
+
         bool begins(const TracedCall& call) const
         {
             using Kind = TracedCall::Kind;
