@@ -1,6 +1,6 @@
 """What sweeps and undos do to a tree and to the journal, told a second time.
 
-This is written from the description of the product, in another language and without any of its code. What cannot be
+This is written from what the product promises, in another language and without any of its code. What cannot be
 foretold is asked for: when a file came into its folder, was opened and was born (`facts`), and from the product's own
 journal, where a file lies in the Trash and which of two names that sort equal the disk listed first (`seen`). Both
 are checked for being possible at all.

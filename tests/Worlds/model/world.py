@@ -1,7 +1,7 @@
 """One world: a home folder, what happens to it step by step, and whether product and model agree after every step.
 
 A world is plain data (see `Generator`), so that it can be printed, made smaller and tried again. Moments are seconds
-relative to when the world was begun, or, where "at" says so, since 1970.
+relative to the world's "base", or, where "at" says so, since 1970.
 """
 
 import base64
@@ -24,10 +24,10 @@ HOME = "/HOME"  # stands for the home folder in a world's data
 
 
 class World:
-    def __init__(self, data, product, scratch, base, faults=frozenset()):
+    def __init__(self, data, product, scratch, faults=frozenset()):
         self._data = data
         self._product = product
-        self._base = base
+        self._base = data["base"]
         self.home = os.path.join(os.path.realpath(scratch), "home")
         shutil.rmtree(self.home, ignore_errors=True)
         self._support = f"{self.home}/.local/share/Tidemark"
