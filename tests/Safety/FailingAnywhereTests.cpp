@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cstring>
 #include <functional>
@@ -16,7 +18,7 @@ using testing::HasSubstr;
 
 using FailingAnywhere = SafetyTest;
 
-/// What such a call can come to on some file system, besides success.
+/// What such a call can come to on some file system, besides success and what comes of the name it takes.
 std::vector<int> errorsOf(TracedCall::Kind kind)
 {
     using Kind = TracedCall::Kind;
@@ -26,24 +28,24 @@ std::vector<int> errorsOf(TracedCall::Kind kind)
     case Kind::open:
         return {EACCES, EIO, EMFILE, ESTALE, EINTR};
     case Kind::create:
-        return {ENOSPC, EACCES, EROFS, EIO, EDQUOT, EMFILE, ENAMETOOLONG, ESTALE, EINTR};
+        return {ENOSPC, EACCES, EROFS, EIO, EDQUOT, EMFILE, ESTALE, EINTR};
     case Kind::read:
         return {EIO, ESTALE, EINTR};
     case Kind::write:
         return {ENOSPC, EIO, EDQUOT, ESTALE, EINTR};
     case Kind::clone:
-        return {EXDEV, ENOSPC, EIO, EINTR};
+        return {EXDEV, ENOSPC, EIO, ESTALE, EINTR};
     case Kind::truncate:
-        return {ENOSPC, EIO, EDQUOT, EINTR};
+        return {ENOSPC, EIO, EDQUOT, ESTALE, EINTR};
     case Kind::attribute:
-        return {EPERM, EACCES, EROFS, ENOSPC, EDQUOT, EIO};
+        return {EPERM, EACCES, EROFS, ENOSPC, EDQUOT, EIO, ESTALE, EINTR};
     case Kind::sync:
         return {EIO, ENOSPC, EDQUOT, ESTALE, EINTR};
     case Kind::makeFolder:
-        return {ENOSPC, EACCES, EROFS, EIO, EDQUOT, EMLINK, ENAMETOOLONG, EINTR};
+        return {ENOSPC, EACCES, EROFS, EIO, EDQUOT, EMLINK, ESTALE, EINTR};
     case Kind::link:
     case Kind::symlink:
-        return {EMLINK, EPERM, EACCES, EXDEV, ENOSPC, EROFS, EIO, EDQUOT, EINTR};
+        return {EMLINK, EPERM, EACCES, EXDEV, ENOSPC, EROFS, EIO, EDQUOT, ESTALE, EINTR};
     case Kind::rename:
         return {EXDEV, EACCES, EPERM, EROFS, ENOSPC, EIO, EDQUOT, EMLINK, EINVAL, ESTALE, EINTR};
     case Kind::remove:
@@ -53,6 +55,34 @@ std::vector<int> errorsOf(TracedCall::Kind kind)
         return {EIO, ENOSPC, EDQUOT, EINTR};
     }
     return {};
+}
+
+/// Whether it takes a name that may be longer than a file system allows: a new one, or one that is not there.
+bool mayTakeTooLongName(const TracedCall& call)
+{
+    using Kind = TracedCall::Kind;
+    switch (call.kind) {
+    case Kind::look:
+    case Kind::open:
+        return call.result == -ENOENT;
+    case Kind::create:
+        return (call.flags & O_TMPFILE) != O_TMPFILE;
+    case Kind::makeFolder:
+    case Kind::link:
+    case Kind::symlink:
+    case Kind::rename:
+        return true;
+    default:
+        return false;
+    }
+}
+
+std::vector<int> errorsOf(const TracedCall& call)
+{
+    std::vector<int> errors = errorsOf(call.kind);
+    if (mayTakeTooLongName(call))
+        errors.push_back(ENAMETOOLONG);
+    return errors;
 }
 
 /// One disturbance of one run.
@@ -91,7 +121,7 @@ std::vector<Fault> faultsOf(std::size_t index, const TracedCall& call)
     if (call.kind == TracedCall::Kind::write)
         faults.push_back({index, {CallVerdict::Kind::shorten}});
     for (const std::size_t times : {std::size_t{1}, std::size_t{2}}) {
-        for (const int error : errorsOf(call.kind)) {
+        for (const int error : errorsOf(call)) {
             if (!leadsOutside(call, error))
                 faults.push_back({index, {CallVerdict::Kind::fail, error}, times});
         }
