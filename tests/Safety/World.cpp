@@ -12,9 +12,12 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <climits>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -35,6 +38,22 @@ constexpr bool isThreadSanitized = false;
 
 constexpr mode_t unusualMode = 0640;
 constexpr timespec longAgo = {.tv_sec = 1'600'000'000, .tv_nsec = 123'000'000};
+
+/// Its value is the path at which the file was made.
+constexpr const char* extendedAttribute = "user.tidemark-test";
+
+bool takesExtendedAttributes(const std::string& folder)
+{
+    return ::setxattr(folder.c_str(), extendedAttribute, "", 0, 0) == 0
+        && ::removexattr(folder.c_str(), extendedAttribute) == 0;
+}
+
+std::string extendedAttributeOf(const std::string& path)
+{
+    std::array<char, PATH_MAX> value;
+    const ssize_t size = ::lgetxattr(path.c_str(), extendedAttribute, value.data(), value.size());
+    return {value.data(), size < 0 ? 0 : static_cast<std::size_t>(size)};
+}
 
 /// Such a file ends with a hole.
 constexpr std::string_view hollow = "hollow.pdf";
@@ -80,6 +99,8 @@ World::World(std::string place, Scenario scenario)
     : m_place(std::move(place))
     , m_scenario(std::move(scenario))
     , m_home(m_place + "/home")
+    , m_hasExtendedAttributes(takesExtendedAttributes(m_place)
+          && (!m_scenario.needsDisk || takesExtendedAttributes(m_place + "/disk")))
 {
     for (const std::string& file : m_scenario.files)
         m_origins[contentOf(file)] = m_place + '/' + file;
@@ -118,6 +139,9 @@ void World::write(const std::string& relative) const
     writeFile(path, contentOf(relative));
     const timespec times[] = {longAgo, longAgo};
     ASSERT_EQ(::chmod(path.c_str(), unusualMode), 0);
+    if (m_hasExtendedAttributes) {
+        ASSERT_EQ(::setxattr(path.c_str(), extendedAttribute, path.data(), path.size(), 0), 0);
+    }
     ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
 }
 
@@ -176,8 +200,8 @@ World::Files World::files() const
             continue;
         struct stat status = {};
         EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
-        files[read(path)].push_back(
-            {path, status.st_dev, status.st_ino, status.st_mode, status.st_mtim});
+        files[read(path)].push_back({path, status.st_dev, status.st_ino, status.st_mode,
+            status.st_mtim, extendedAttributeOf(path)});
     }
     return files;
 }
@@ -249,14 +273,20 @@ void World::checkFile(const std::string& content, const std::vector<Found>& foun
     const auto isAtOrigin = [&](const Found& place) { return place.path == m_origins.at(content); };
     EXPECT_TRUE(found.size() == 1 || std::ranges::any_of(found, isAtOrigin)) << found[0].path;
     for (const Found& place : found) {
-        EXPECT_EQ(place.mode & 07777U, unusualMode) << place.path;
-        EXPECT_EQ(place.modified.tv_sec, longAgo.tv_sec) << place.path;
+        checkAttributes(content, place);
         const std::string& origin = m_origins.at(content);
         if (place.path != origin)
             checkNamed(content, place, journal, leftovers);
         if (isInTrash(place.path))
             checkTrashRecord(place.path, origin);
     }
+}
+
+void World::checkAttributes(const std::string& content, const Found& found) const
+{
+    EXPECT_EQ(found.mode & 07777U, unusualMode) << found.path;
+    EXPECT_EQ(found.modified.tv_sec, longAgo.tv_sec) << found.path;
+    EXPECT_EQ(found.attribute, m_hasExtendedAttributes ? m_origins.at(content) : "") << found.path;
 }
 
 void World::checkNamed(const std::string& content, const Found& found, const Journal& journal,
@@ -371,6 +401,8 @@ void World::checkBack(
     const bool mayBeTwice =
         leftovers.inLinkWindow.contains(content) || leftovers.copied.contains(content);
     EXPECT_LE(found.size(), mayBeTwice ? 2U : 1U) << origin;
+    for (const Found& place : found)
+        checkAttributes(content, place);
 }
 
 bool World::isDone() const

@@ -74,6 +74,7 @@ private:
         ino_t inode;
         mode_t mode;
         timespec modified;
+        std::string attribute;  ///< The extended one that `write` gave it; "" for none.
     };
     using Files = std::map<std::string, std::vector<Found>>;  // by content
 
@@ -83,6 +84,7 @@ private:
     Files files() const;
     static bool isTemporary(const std::string& path);
     static bool isBeside(const std::string& path, const std::string& origin);
+    void checkAttributes(const std::string& content, const Found& found) const;
     void noteAnnounced(const Journal& journal, Leftovers& leftovers) const;
     void checkBack(const std::string& content, const std::vector<Found>& found,
         const Leftovers& leftovers) const;
@@ -99,6 +101,9 @@ private:
     Scenario m_scenario;
     ScopedHome m_home;
     ScopedEnvironment m_zone{"TZ", "UTC"};
+    /// Whether files have an extended attribute: where one of the file systems takes none, a file that has one
+    /// would not be moved there.
+    bool m_hasExtendedAttributes;
     std::map<std::string, std::string> m_origins;  // of every file, by content
     std::set<std::string> m_bystanders;  // contents
 };
