@@ -13,6 +13,7 @@ namespace {
 std::vector<std::string> paths(const Settings& settings)
 {
     std::vector<std::string> result;
+    result.reserve(settings.folders.size());
     for (const WatchedFolder& folder : settings.folders)
         result.push_back(folder.path);
     return result;
@@ -21,6 +22,7 @@ std::vector<std::string> paths(const Settings& settings)
 std::vector<std::string> names(const std::vector<Rule>& rules)
 {
     std::vector<std::string> result;
+    result.reserve(rules.size());
     for (const Rule& rule : rules)
         result.push_back(rule.name);
     return result;
