@@ -65,7 +65,6 @@ void Executor::performOrWithdraw(const PlannedAction& action, Sweep& sweep, Swee
     const std::optional<HeldEntry> source = sourceOf(action, sweep, observer);
     if (!source)
         return;
-    sweep.taken.forget(*source);
     try {
         perform(action, *source, sweep);
         observer.didPerform(journal.record().entries.back());
@@ -105,6 +104,7 @@ void Executor::journalThenMove(
     const PlannedAction& action, const HeldEntry& source, const Destination& wanted, Sweep& sweep)
 {
     const HeldEntry place = wanted.prepare(*m_fileManager, sweep.folders, sweep.taken);
+    sweep.taken.forget(source);
     sweep.journal.append(JournalEntry::between(opOf(action), source.url, place.url, sweep.now));
     sweep.journal.save();
     m_fileManager->moveItem(source, place);
@@ -120,6 +120,7 @@ void Executor::journalThenMove(
 
 void Executor::journalThenTrash(const HeldEntry& source, Sweep& sweep)
 {
+    sweep.taken.forget(source);
     JournalWriter& journal = sweep.journal;
     journal.append(
         JournalEntry::between(JournalEntry::Op::trash, source.url, source.url, sweep.now));
@@ -187,8 +188,8 @@ void Executor::restore(
         observer.didFindGone(entry);
         return;
     }
-    taken.forget(*now);
     const HeldEntry place = Destination::at(entry.from).prepare(*m_fileManager, folders, taken);
+    taken.forget(*now);
     m_fileManager->moveItem(*now, place);
     observer.didRestore(entry, place.url);
 }

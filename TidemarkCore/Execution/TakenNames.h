@@ -20,7 +20,7 @@ public:
     bool isTaken(
         const HeldFolder& folder, std::string_view name, const std::function<bool()>& look);
 
-    /// The entry is about to go away.
+    /// The entry is about to go away, and no name is looked for before: its own may be among those.
     void forget(const HeldEntry& entry);
 
 private:

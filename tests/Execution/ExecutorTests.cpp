@@ -242,6 +242,18 @@ TEST(Executor, UsesANameAgainThatItHasFreedItself)
     }
 }
 
+TEST(Executor, UsesANameAgainThatAFileHadWhileAnotherWasLookedForIt)
+{
+    InMemoryFileManager disk{{"/in/a.txt", "1"}, {"/in/a 2.txt", "2"}};
+    const SweepRecord record = sweep(disk,
+        {planned("/in/a 2.txt", SweepAction::rename("a.txt")),
+            planned("/in/a.txt", SweepAction::rename("a.txt"))});
+
+    EXPECT_THAT(record.entries,
+        ElementsAre(entry(Op::rename, "/in/a 2.txt", "/in/a 3.txt"),
+            entry(Op::rename, "/in/a.txt", "/in/a 2.txt")));
+}
+
 TEST(Executor, CountsAFolderOrADanglingLinkAsTaken)
 {
     InMemoryFileManager disk{{"/in/a", "A"}, {"/in/b", "B"}};
