@@ -36,16 +36,11 @@ Destination Destination::at(std::string_view path)
     return {slash == 0 ? path.substr(0, 1) : path.substr(0, slash), path.substr(slash + 1)};
 }
 
-HeldEntry Destination::prepare(
-    FileManager& fileManager, HeldFolders& folders, TakenNames& taken) const
+HeldEntry Destination::prepare(HeldFolders& folders, TakenNames& taken) const
 {
     const HeldFolder* held = nullptr;
     const std::string free = prepare([&] { held = &folders.make(folder); },
-        [&](std::string_view candidate) {
-            return taken.isTaken(*held, candidate, [&] {
-                return fileManager.fileExists(HeldEntry{*held, held->url().appending(candidate)});
-            });
-        });
+        [&](std::string_view candidate) { return taken.isTaken(*held, candidate); });
     return {*held, held->url().appending(free)};
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "FileManager.h"
 #include "HeldFolders.h"
 #include "JournalEntry.h"
 #include "PlannedAction.h"
@@ -26,7 +25,7 @@ struct Destination {
 
     /// Makes the folder and returns the first place in it that is free: `name`, or `name` with a counter
     /// from 2. Throws filesystem_error, invalid_argument when `name` cannot be a file's name.
-    HeldEntry prepare(FileManager& fileManager, HeldFolders& folders, TakenNames& taken) const;
+    HeldEntry prepare(HeldFolders& folders, TakenNames& taken) const;
 
     /// The same with other means. `makeFolder` makes `folder`; `isTaken` tells whether something stands at
     /// a name in it. Returns the name. What they throw passes through.

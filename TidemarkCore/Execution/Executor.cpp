@@ -18,7 +18,7 @@ struct Executor::Sweep {
     JournalWriter journal;
     HeldFolders& folders;
     Date now;
-    TakenNames taken = {};
+    TakenNames taken;
 };
 
 Executor::Executor(JournalStore store, FileManager& fileManager)
@@ -39,7 +39,7 @@ SweepRecord Executor::apply(
 {
     SweepObserver nobody;
     SweepObserver& follower = observer != nullptr ? *observer : nobody;
-    Sweep sweep{JournalWriter(m_store, startedAt), folders, now};
+    Sweep sweep{JournalWriter(m_store, startedAt), folders, now, TakenNames(*m_fileManager)};
     for (std::size_t index = 0; index < plan.actions.size() && !follower.shouldStop(); ++index) {
         follower.willPerform(index, plan.actions.size());
         performOrWithdraw(plan.actions[index], sweep, follower);
@@ -103,7 +103,7 @@ void Executor::perform(const PlannedAction& action, const HeldEntry& source, Swe
 void Executor::journalThenMove(
     const PlannedAction& action, const HeldEntry& source, const Destination& wanted, Sweep& sweep)
 {
-    const HeldEntry place = wanted.prepare(*m_fileManager, sweep.folders, sweep.taken);
+    const HeldEntry place = wanted.prepare(sweep.folders, sweep.taken);
     sweep.taken.forget(source);
     sweep.journal.append(JournalEntry::between(opOf(action), source.url, place.url, sweep.now));
     sweep.journal.save();
@@ -157,7 +157,7 @@ std::optional<SweepRecord> Executor::undoLastSweep(Date /*now*/, UndoObserver* o
 void Executor::restoreAll(const std::vector<JournalEntry>& entries, UndoObserver& observer)
 {
     HeldFolders folders(*m_fileManager);
-    TakenNames taken;
+    TakenNames taken(*m_fileManager);
     std::for_each(entries.rbegin(), entries.rend(), [&](const JournalEntry& entry) {
         if (observer.shouldStop())
             throw std::filesystem::filesystem_error("stopped before everything was restored",
@@ -188,7 +188,7 @@ void Executor::restore(
         observer.didFindGone(entry);
         return;
     }
-    const HeldEntry place = Destination::at(entry.from).prepare(*m_fileManager, folders, taken);
+    const HeldEntry place = Destination::at(entry.from).prepare(folders, taken);
     taken.forget(*now);
     m_fileManager->moveItem(*now, place);
     observer.didRestore(entry, place.url);

@@ -2,26 +2,44 @@
 
 namespace tidemark {
 
-bool TakenNames::isTaken(
-    const HeldFolder& folder, std::string_view name, const std::function<bool()>& look)
+TakenNames::TakenNames(FileManager& fileManager)
+    : m_fileManager(&fileManager)
 {
-    auto& names = m_names[folder.identity()];
-    if (names.contains(name))
+}
+
+bool TakenNames::isTaken(const HeldFolder& folder, std::string_view name)
+{
+    // From so many taken names on, one list of all that is there is cheaper.
+    constexpr std::size_t lookUpsWorthAList = 500;
+    Folder& known = m_folders[folder.identity()];
+    if (known.names.contains(name))
         return true;
-    if (!look())
+    if (!m_fileManager->fileExists(HeldEntry{folder, folder.url().appending(name)}))
         return false;
-    names.emplace(name);
+    known.names.emplace(name);
+    if (++known.lookUps == lookUpsWorthAList)
+        list(folder, known);
     return true;
+}
+
+void TakenNames::list(const HeldFolder& folder, Folder& known)
+{
+    try {
+        m_fileManager->visitNames(
+            folder, [&](std::string_view name) { known.names.emplace(name); });
+    } catch (const std::filesystem::filesystem_error&) {
+        // A folder that can be searched need not be readable; what was read is taken all the same.
+    }
 }
 
 void TakenNames::forget(const HeldEntry& entry)
 {
-    const auto folder = m_names.find(entry.folder.identity());
-    if (folder == m_names.end())
+    const auto folder = m_folders.find(entry.folder.identity());
+    if (folder == m_folders.end())
         return;
-    if (const auto name = folder->second.find(entry.url.lastPathComponent());
-        name != folder->second.end())
-        folder->second.erase(name);
+    auto& names = folder->second.names;
+    if (const auto name = names.find(entry.url.lastPathComponent()); name != names.end())
+        names.erase(name);
 }
 
 }  // namespace tidemark

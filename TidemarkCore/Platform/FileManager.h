@@ -69,6 +69,12 @@ public:
         return false;
     }
 
+    /// The same in a folder that is held, wherever that is by now.
+    virtual bool visitNames(const HeldFolder& /*folder*/, const NameVisitor& /*visit*/)
+    {
+        return false;
+    }
+
     /// Throws if the entries of `folder` cannot be listed and looked up: what contentsOfDirectory throws
     /// for the folder itself, such as no_such_file_or_directory, not_a_directory and permission_denied.
     /// Looks at no entry, so it costs the same for a full folder as for an empty one.

@@ -33,11 +33,9 @@ bool takesNamesExactly(int folder)
     return (flags & FS_CASEFOLD_FL) == 0;
 }
 
-}  // namespace
-
-bool visit(const FileURL& folder, const NameVisitor& visitor)
+bool visitAll(
+    const OpenFolder::Handle& directory, const FileURL& folder, const NameVisitor& visitor)
 {
-    const OpenFolder::Handle directory = OpenFolder::open(folder);
     if (!takesNamesExactly(::dirfd(directory.get())))
         return false;
     for (;;) {
@@ -49,6 +47,18 @@ bool visit(const FileURL& folder, const NameVisitor& visitor)
             return true;
         visitor(found->d_name);
     }
+}
+
+}  // namespace
+
+bool visit(const FileURL& folder, const NameVisitor& visitor)
+{
+    return visitAll(OpenFolder::open(folder), folder, visitor);
+}
+
+bool visit(const HeldFolder& folder, const NameVisitor& visitor)
+{
+    return visitAll(OpenFolder::open(folder), folder.url(), visitor);
 }
 
 }  // namespace tidemark::FolderNames

@@ -9,6 +9,7 @@ namespace FolderNames {
 
 /// See FileManager::visitNames.
 bool visit(const FileURL& folder, const NameVisitor& visitor);
+bool visit(const HeldFolder& folder, const NameVisitor& visitor);
 
 }  // namespace FolderNames
 

@@ -145,6 +145,11 @@ bool LinuxFileManager::visitNames(const FileURL& folder, const NameVisitor& visi
     return FolderNames::visit(folder, visit);
 }
 
+bool LinuxFileManager::visitNames(const HeldFolder& folder, const NameVisitor& visit)
+{
+    return FolderNames::visit(folder, visit);
+}
+
 void LinuxFileManager::requireListable(const FileURL& folder)
 {
     FileFactsReader::requireListable(folder);

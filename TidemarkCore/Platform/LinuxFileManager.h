@@ -22,6 +22,7 @@ public:
     std::vector<DirectoryEntry> contentsWithFlags(
         const FileURL& folder, const NameTest& flagMatters) override;
     bool visitNames(const FileURL& folder, const NameVisitor& visit) override;
+    bool visitNames(const HeldFolder& folder, const NameVisitor& visit) override;
     void requireListable(const FileURL& folder) override;
     FileFacts facts(const FileURL& url) override;
     HeldFolder hold(const FileURL& folder) override;

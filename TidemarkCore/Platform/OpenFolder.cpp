@@ -7,11 +7,11 @@
 
 namespace tidemark::OpenFolder {
 
-Handle open(const FileURL& folder)
+/// `path` is looked up from `above` when it is relative; failures name `folder`.
+static Handle openAt(int above, const char* path, const FileURL& folder)
 {
-    const char* path = systemPath(folder);
     FileDescriptor descriptor{
-        uninterrupted([&] { return ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC); })};
+        uninterrupted([&] { return ::openat(above, path, O_RDONLY | O_DIRECTORY | O_CLOEXEC); })};
     if (!descriptor.isOpen())
         fail(cannotList, folder, errno);
     Handle directory{::fdopendir(descriptor.get())};
@@ -19,6 +19,16 @@ Handle open(const FileURL& folder)
         fail(cannotList, folder, errno);
     descriptor.release();
     return directory;
+}
+
+Handle open(const FileURL& folder)
+{
+    return openAt(AT_FDCWD, systemPath(folder), folder);
+}
+
+Handle open(const HeldFolder& folder)
+{
+    return openAt(folder.descriptor(), ".", folder.url());
 }
 
 }  // namespace tidemark::OpenFolder

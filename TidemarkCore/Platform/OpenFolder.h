@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileURL.h"
+#include "HeldFolder.h"
 
 #include <dirent.h>
 
@@ -21,6 +21,9 @@ using Handle = std::unique_ptr<DIR, Close>;
 
 /// `folder` may be a link to one. Throws filesystem_error.
 Handle open(const FileURL& folder);
+
+/// The same folder, wherever it is by now.
+Handle open(const HeldFolder& folder);
 
 }  // namespace OpenFolder
 

@@ -8,6 +8,11 @@
 #include "TextPrinter.h"
 #include "UndoReport.h"
 
+#include <filesystem>
+#include <set>
+#include <string_view>
+#include <vector>
+
 namespace tidemark {
 
 namespace {
@@ -25,7 +30,37 @@ FileRow rowFor(const UndoReport::Restored& restored, const PeopleText& people)
                 + (entry.op == JournalEntry::Op::trash ? "the Trash" : people.path(entry.to))};
 }
 
-FileRow rowFor(const JournalEntry& gone, const PeopleText& people)
+/// The files that were not found where the sweep had put them. Refers to the report.
+struct Missing {
+    std::vector<const JournalEntry*> back;  ///< Something has their name where they came from.
+    std::vector<const JournalEntry*> gone;
+};
+
+/// An undo that was killed has brought files back which its journal still names, and so may people have.
+Missing missingFrom(const UndoReport& report)
+{
+    std::set<std::string_view> restored;
+    for (const UndoReport::Restored& file : report.restored)
+        restored.insert(file.place);
+    Missing missing;
+    for (const JournalEntry& entry : report.gone) {
+        std::error_code unknown;
+        const bool seemsBack = !restored.contains(entry.from)
+            && std::filesystem::exists(std::filesystem::symlink_status(entry.from, unknown));
+        (seemsBack ? missing.back : missing.gone).push_back(&entry);
+    }
+    return missing;
+}
+
+FileRow rowForBack(const JournalEntry& back, const PeopleText& people)
+{
+    return {.folder = people.path(FileURL{back.from}.parent().path()),
+        .lead = "Back",
+        .name = JournalText::name(back.from),
+        .detail = "no longer at " + people.path(back.to) + ", but a file of this name is here"};
+}
+
+FileRow rowForGone(const JournalEntry& gone, const PeopleText& people)
 {
     return {.folder = people.path(FileURL{gone.from}.parent().path()),
         .lead = "Gone",
@@ -34,11 +69,14 @@ FileRow rowFor(const JournalEntry& gone, const PeopleText& people)
         .emphasis = Emphasis::bad};
 }
 
-std::string summaryOf(const UndoReport& report, const PeopleText& people)
+std::string summaryOf(const UndoReport& report, const Missing& missing, const PeopleText& people)
 {
     std::string text = PeopleText::count(report.restored.size(), "file") + " restored";
-    if (!report.gone.empty())
-        text += ", " + PeopleText::number(report.gone.size()) + " gone";
+    if (const std::size_t count = missing.back.size(); count > 0)
+        text += ", " + PeopleText::number(count)
+            + (count == 1 ? " seems to be back already" : " seem to be back already");
+    if (!missing.gone.empty())
+        text += ", " + PeopleText::number(missing.gone.size()) + " gone";
     if (!report.record)
         return text + " so far. Run undo again to go on where it stopped.";
     return "Undid the sweep of " + people.date(report.record->startedAt) + ": " + text + '.';
@@ -47,16 +85,20 @@ std::string summaryOf(const UndoReport& report, const PeopleText& people)
 void printFiles(const UndoReport& report, TextPrinter& printer)
 {
     const PeopleText& people = printer.people();
+    const Missing missing = missingFrom(report);
     const auto rowAt = [&](std::size_t index) {
-        return index < report.restored.size()
-            ? rowFor(report.restored[index], people)
-            : rowFor(report.gone[index - report.restored.size()], people);
+        if (index < report.restored.size())
+            return rowFor(report.restored[index], people);
+        index -= report.restored.size();
+        return index < missing.back.size()
+            ? rowForBack(*missing.back[index], people)
+            : rowForGone(*missing.gone[index - missing.back.size()], people);
     };
     const std::size_t count = report.restored.size() + report.gone.size();
     printFileTable(count, rowAt, printer);
     if (count > 0)
         printer.printLine();
-    printer.printLine(summaryOf(report, people), Emphasis::strong);
+    printer.printLine(summaryOf(report, missing, people), Emphasis::strong);
 }
 
 void print(const UndoReport& report)

@@ -62,6 +62,22 @@ TEST_F(UndoCommand, ReportsNewNamesAndWhatIsGone)
     EXPECT_EQ(home().read("in/a 2.pdf"), "in/a.pdf");
 }
 
+TEST_F(UndoCommand, TellsWhatIsGoneFromWhatIsBackAlready)
+{
+    sweepThreePapers();
+    // As an undo leaves them that was killed after the first two.
+    for (const char* name : {"c.pdf", "b.pdf"})
+        std::filesystem::rename(home().path("Filed") + '/' + name, home().path("in") + '/' + name);
+
+    const Outcome outcome = run({"undo"});
+
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.output,
+        HasSubstr(
+            "Back      b.pdf  no longer at ~/Filed/b.pdf, but a file of this name is here\n"));
+    EXPECT_THAT(outcome.output, HasSubstr(": 1 file restored, 2 seem to be back already.\n"));
+}
+
 TEST_F(UndoCommand, BringsFilesBackFromTheTrash)
 {
     writeSettings(watching({"in"},

@@ -14,6 +14,33 @@ using Op = JournalEntry::Op;
 
 namespace {
 
+/// A disk that lists the names in a folder that is held, or fails to.
+class ListingDisk final : public FaultInjectingFileManager {
+public:
+    explicit ListingDisk(FileManager& files, bool isReadable = true)
+        : FaultInjectingFileManager(files)
+        , m_isReadable(isReadable)
+    {
+    }
+
+    using FileManager::visitNames;
+    bool visitNames(const HeldFolder& folder, const NameVisitor& visit) override
+    {
+        ++lists;
+        if (!m_isReadable)
+            throw std::filesystem::filesystem_error("cannot list", folder.url().path(),
+                std::make_error_code(std::errc::permission_denied));
+        for (const DirectoryEntry& entry : contentsOfDirectory(folder.url()))
+            visit(entry.name);
+        return true;
+    }
+
+    int lists = 0;
+
+private:
+    bool m_isReadable;
+};
+
 /// Lets a test look at the journal and the disk at the moment at which a file is touched.
 class WatchingFileManager final : public FileManager {
 public:
@@ -218,6 +245,42 @@ TEST(Executor, AsksTheDiskOnceForEachNumberHoweverManyFilesShareAName)
     EXPECT_EQ(record.entries.back().to, "/out/a 60.txt");
     // Its source, the name that turns out to be taken, and the one that is free.
     EXPECT_LE(counting.callCount(FileCall::fileExists), 3 * count + 1);
+}
+
+TEST(Executor, ReadsAllNamesOfAFolderAtOnceWhereHundredsAreTaken)
+{
+    constexpr int count = 3'000;
+    InMemoryFileManager disk{{"/in/a.txt", "new"}, {"/out/a.txt", ""}};
+    for (int number = 2; number <= count; ++number)
+        disk.addFile("/out/a " + std::to_string(number) + ".txt", "");
+    for (const bool isReadable : {true, false}) {
+        disk.addFile("/in/a.txt", "new");
+        ListingDisk listing(disk, isReadable);
+        const SweepRecord record = sweep(listing, {moving("/in/a.txt", "/out")});
+
+        ASSERT_EQ(record.entries.size(), 1U);
+        EXPECT_EQ(record.entries[0].to,
+            "/out/a " + std::to_string(count + (isReadable ? 1 : 2)) + ".txt");
+        EXPECT_EQ(listing.lists, 1);
+        EXPECT_EQ(listing.callCount(FileCall::fileExists) < count / 2, isReadable);
+    }
+}
+
+TEST(Executor, UsesANameAgainThatItHasFreedItselfInAFolderThatWasRead)
+{
+    constexpr int count = 600;
+    InMemoryFileManager disk{{"/one/a.txt", "1"}, {"/two/a.txt", "2"}, {"/out/a.txt", ""}};
+    for (int number = 2; number <= count; ++number)
+        disk.addFile("/out/a " + std::to_string(number) + ".txt", "");
+    ListingDisk listing(disk);
+    const SweepRecord record = sweep(listing,
+        {moving("/one/a.txt", "/out"), planned("/out/a 550.txt", SweepAction::trash()),
+            moving("/two/a.txt", "/out")});
+
+    ASSERT_EQ(record.entries.size(), 3U);
+    EXPECT_EQ(listing.lists, 1);
+    EXPECT_EQ(record.entries[0].to, "/out/a 601.txt");
+    EXPECT_EQ(record.entries[2].to, "/out/a 550.txt");
 }
 
 TEST(Executor, UsesANameAgainThatItHasFreedItself)

@@ -187,6 +187,7 @@ public:
     {
     }
 
+    using FileManager::visitNames;
     bool visitNames(const FileURL& folder, const NameVisitor& visit) override
     {
         ++lists;

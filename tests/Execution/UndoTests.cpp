@@ -112,6 +112,20 @@ TEST(Undo, WalksBackwardsSoThatNamesThatWereFreedAreFreeAgain)
     EXPECT_EQ(disk.content("/in/b"), "B");
 }
 
+TEST(Undo, UsesANameAgainThatItHasFoundTakenAndThenFreedItself)
+{
+    InMemoryFileManager disk{{"/x/a", "X"}, {"/in/a", "B"}, {"/y/a", "Y"}};
+    journalOn(disk).save({{{.startedAt = sweepTime,
+        .entries = {entry(Op::move, "/in/a", "/x/a"), entry(Op::rename, "/in/b", "/in/a"),
+            entry(Op::move, "/in/a", "/y/a")}}}});
+
+    undo(disk);
+
+    for (const auto& [path, content] :
+        {std::pair("/in/a 2", "Y"), std::pair("/in/b", "B"), std::pair("/in/a", "X")})
+        EXPECT_EQ(disk.content(path), content);
+}
+
 TEST(Undo, MovesNothingForATrashWithoutPlaceUnlessAFileHasAppearedThere)
 {
     InMemoryFileManager disk{{"/in/setup.dmg", "old"}};

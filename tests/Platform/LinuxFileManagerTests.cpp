@@ -165,4 +165,22 @@ TEST_F(LinuxFileManagerTest, VisitsEveryNameOfAFolderThatTakesNamesExactly)
     EXPECT_FALSE(m_files.visitNames(FileURL{"/proc"}, note)) << "an unknown file system";
 }
 
+TEST_F(LinuxFileManagerTest, VisitsTheNamesOfTheFolderThatIsHeldWhereverItIs)
+{
+    const FileURL folder = m_folder.makeFolder("in");
+    m_folder.write("in/held", "");
+    const HeldFolder held = m_files.hold(folder);
+    std::filesystem::rename(folder.path(), m_folder.path("elsewhere"));
+    m_folder.makeFolder("in");
+    m_folder.write("in/another", "");
+    std::vector<std::string> names;
+    const bool isAll =
+        m_files.visitNames(held, [&](std::string_view name) { names.emplace_back(name); });
+
+    EXPECT_THAT(names, testing::Not(testing::Contains("another")));
+    if (isAll) {
+        EXPECT_THAT(names, testing::Contains("held"));
+    }
+}
+
 }  // namespace tidemark

@@ -28,6 +28,8 @@ void SafetyTest::inWorld(const std::function<void(World&)>& body)
     place.makeFolder("disk");
     const auto inPlace = [&] {
         World world{place.path(), GetParam()};
+        if (!world.hasExtendedAttributes())
+            printCounts("1 tests on disks that keep no extended attributes");
         world.reset();
         body(world);
     };

@@ -42,6 +42,9 @@ public:
     const Scenario& scenario() const { return m_scenario; }
     const std::string& place() const { return m_place; }
 
+    /// Whether its files carry an extended attribute, which `check` looks for: not every disk keeps any.
+    bool hasExtendedAttributes() const { return m_hasExtendedAttributes; }
+
     /// Where every file was before any sweep, by its content.
     const std::map<std::string, std::string>& origins() const { return m_origins; }
 
