@@ -9,7 +9,7 @@ SymbolLabel::SymbolLabel(int width, SymbolTone tone, QWidget* parent)
     , m_width(width)
     , m_tone(tone)
 {
-    setFixedSize(sizeHint());
+    setFixedSize(SymbolLabel::sizeHint());
 }
 
 void SymbolLabel::setSymbol(const QString& name)

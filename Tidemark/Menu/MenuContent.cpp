@@ -51,7 +51,7 @@ QAction* MenuContent::addItem(const QString& text, std::function<void()> command
 /// A line of text without action.
 QAction* MenuContent::makeLine()
 {
-    QAction* line = new QAction{this};
+    auto* line = new QAction{this};
     line->setEnabled(false);
     line->setProperty(lineProperty, true);
     return line;

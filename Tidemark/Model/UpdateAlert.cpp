@@ -45,7 +45,7 @@ UpdateAlert UpdateAlert::upToDate(const std::string& running)
         .buttons = {"OK"}};
 }
 
-UpdateAlert UpdateAlert::failure(std::exception_ptr error, const std::string& downloadPage)
+UpdateAlert UpdateAlert::failure(const std::exception_ptr& error, const std::string& downloadPage)
 {
     if (isReadOnlyLocation(error)) {
         return {.message = "Move Tidemark to Applications",

@@ -22,7 +22,7 @@ struct UpdateAlert {
     static UpdateAlert upToDate(const std::string& running);
 
     /// Why a newer version was not installed. `downloadPage` is where it can be had, host and path.
-    static UpdateAlert failure(std::exception_ptr error, const std::string& downloadPage);
+    static UpdateAlert failure(const std::exception_ptr& error, const std::string& downloadPage);
 };
 
 }  // namespace tidemark

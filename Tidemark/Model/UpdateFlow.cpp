@@ -26,9 +26,9 @@ std::string reasonOf(const std::exception_ptr& failure)
 
 }  // namespace
 
-UpdateFlow::UpdateFlow(const UpdateServices& services, std::string version,
+UpdateFlow::UpdateFlow(UpdateServices services, std::string version,
     std::function<bool()> hasOnboarded, SystemLog& log)
-    : m_services(services)
+    : m_services(std::move(services))
     , m_version(std::move(version))
     , m_hasOnboarded(std::move(hasOnboarded))
     , m_log(log)

@@ -31,8 +31,8 @@ public:
 
     /// `version` is the running one. `hasOnboarded` tells whether the user may be disturbed without
     /// having asked.
-    UpdateFlow(const UpdateServices& services, std::string version,
-        std::function<bool()> hasOnboarded, SystemLog& log);
+    UpdateFlow(UpdateServices services, std::string version, std::function<bool()> hasOnboarded,
+        SystemLog& log);
     ~UpdateFlow() override;
 
     const std::optional<UpdateInfo>& availableUpdate() const { return m_availableUpdate; }

@@ -32,7 +32,7 @@ FileRow rowFor(const UndoReport::Restored& restored, const PeopleText& people)
 
 /// The files that were not found where the sweep had put them. Refers to the report.
 struct Missing {
-    std::vector<const JournalEntry*> back;  ///< Something has their name where they came from.
+    std::vector<const JournalEntry*> back;  ///< A file has their name where they came from.
     std::vector<const JournalEntry*> gone;
 };
 
@@ -45,8 +45,9 @@ Missing missingFrom(const UndoReport& report)
     Missing missing;
     for (const JournalEntry& entry : report.gone) {
         std::error_code unknown;
-        const bool seemsBack = !restored.contains(entry.from)
-            && std::filesystem::exists(std::filesystem::symlink_status(entry.from, unknown));
+        const auto found = std::filesystem::symlink_status(entry.from, unknown);
+        const bool seemsBack = std::filesystem::exists(found)
+            && !std::filesystem::is_directory(found) && !restored.contains(entry.from);
         (seemsBack ? missing.back : missing.gone).push_back(&entry);
     }
     return missing;

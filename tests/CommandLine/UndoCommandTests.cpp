@@ -65,17 +65,20 @@ TEST_F(UndoCommand, ReportsNewNamesAndWhatIsGone)
 TEST_F(UndoCommand, TellsWhatIsGoneFromWhatIsBackAlready)
 {
     sweepThreePapers();
-    // As an undo leaves them that was killed after the first two.
-    for (const char* name : {"c.pdf", "b.pdf"})
-        std::filesystem::rename(home().path("Filed") + '/' + name, home().path("in") + '/' + name);
+    // As an undo leaves them that was killed after the first file; another is gone, and its name a folder's.
+    std::filesystem::rename(home().path("Filed/c.pdf"), home().path("in/c.pdf"));
+    std::filesystem::remove(home().path("Filed/b.pdf"));
+    home().makeFolder("in/b.pdf");
 
     const Outcome outcome = run({"undo"});
 
     EXPECT_EQ(outcome.status, 0);
     EXPECT_THAT(outcome.output,
         HasSubstr(
-            "Back      b.pdf  no longer at ~/Filed/b.pdf, but a file of this name is here\n"));
-    EXPECT_THAT(outcome.output, HasSubstr(": 1 file restored, 2 seem to be back already.\n"));
+            "Back      c.pdf  no longer at ~/Filed/c.pdf, but a file of this name is here\n"));
+    EXPECT_THAT(outcome.output, HasSubstr("Gone      b.pdf  no longer at ~/Filed/b.pdf\n"));
+    EXPECT_THAT(
+        outcome.output, HasSubstr(": 1 file restored, 1 seems to be back already, 1 gone.\n"));
 }
 
 TEST_F(UndoCommand, BringsFilesBackFromTheTrash)

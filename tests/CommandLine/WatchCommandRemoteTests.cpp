@@ -16,9 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr const char* inAMonth = "2100-01-02T03:04:05Z";
 
@@ -79,7 +77,8 @@ TEST_F(WatchCommandRemote, EveryCommandPrintsWhatItPrintsWithoutIt)
     WatchProcess process{watch()};
     process.readStart();
 
-    const auto expectSame = [&](std::vector<std::string> command, const std::string& folder) {
+    const auto expectSame = [&](const std::vector<std::string>& command,
+                                const std::string& folder) {
         SCOPED_TRACE(testing::PrintToString(command) + " in " + folder);
         const Outcome local = without.runIn(without.home().path(folder), command);
         const Outcome remote = runIn(home().path(folder), command);

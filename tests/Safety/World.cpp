@@ -57,7 +57,7 @@ std::string extendedAttributeOf(const std::string& path)
 
 /// Such a file ends with a hole.
 constexpr std::string_view hollow = "hollow.pdf";
-constexpr std::size_t sizeWithHole = 64 * 1024;
+constexpr std::size_t sizeWithHole = std::size_t{64} * 1024;
 
 std::string contentOf(const std::string& relative)
 {
